@@ -1,0 +1,14 @@
+/* nq_tls20an: the whole exported interface. */
+#ifndef NQ_TLS20AN_H
+#define NQ_TLS20AN_H
+
+#include "nq_types.h"
+#include "nq_platform.h"
+#include "nq_memory.h"
+#include "nq_diag.h"
+#include "nq_array.h"
+#include "nq_lnklist.h"
+#include "nq_str.h"
+#include "nq_fname.h"
+
+#endif
