@@ -625,7 +625,7 @@ TEST(TMatrix, EveryFunctionTracesEnteringAndLeaving) {
         {"nq_TMatrix_xform", "nq_TMatrix_xform", [&] { nq_TMatrix_xform(&out, t, &b); }},
     };
     for (const Case &k : cases)
-        geotest::expect_frame(NQ_DIAG_MATRIX, "tmatrix.cpp", std::string("Entering ") + k.entry + ".",
+        geotest::expect_frame(NQ_DIAG_MATRIX, "matrix.cpp", std::string("Entering ") + k.entry + ".",
                               std::string("Leaving ") + k.exit + ".", k.call);
     nq_TMatrix_destroy(t);
     nq_TMatrix_destroy(u);

@@ -696,7 +696,7 @@ TEST(Quaternion, EveryFunctionTracesEnteringAndExiting) {
         {"nq_Quaternion_multiply", [&] { nq_Quaternion_multiply(&out, &q, &r); }},
     };
     for (const Case &k : cases)
-        geotest::expect_frame(NQ_DIAG_MATRIX, "quaternion.cpp", std::string("Entering ") + k.name + ".",
+        geotest::expect_frame(NQ_DIAG_MATRIX, "rotmatrix.cpp", std::string("Entering ") + k.name + ".",
                               std::string("Exiting ") + k.name + ".", k.call);
 }
 
