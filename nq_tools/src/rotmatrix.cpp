@@ -127,7 +127,7 @@ NQ_API int nq_RotMatrix_set(RotMatrix *matrix, double r0c0, double r0c1, double 
 NQ_API int nq_RotMatrix_setIdentity(RotMatrix *matrix) {
     NQ_TRACE_FRAME(NQ_DIAG_MATRIX, u"Entering nq_RotMatrix_setIdentity.", u"Leaving nq_RotMatrix_setIdentity.");
     nq_RotMatrix_set(matrix, 1.0, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, 1.0);
-    // Callers get 0 whatever happened; they do not test it.
+    // 0 even when the identity was set.
     return 0;
 }
 
