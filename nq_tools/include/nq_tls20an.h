@@ -10,5 +10,9 @@
 #include "nq_lnklist.h"
 #include "nq_str.h"
 #include "nq_fname.h"
+#include "nq_vector.h"
+#include "nq_point.h"
+#include "nq_matrix.h"
+#include "nq_rotmatrix.h"
 
 #endif
