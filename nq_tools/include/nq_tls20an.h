@@ -14,5 +14,6 @@
 #include "nq_point.h"
 #include "nq_matrix.h"
 #include "nq_rotmatrix.h"
+#include "nq_db.h"
 
 #endif
