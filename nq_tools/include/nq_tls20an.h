@@ -8,7 +8,9 @@
 #include "nq_diag.h"
 #include "nq_array.h"
 #include "nq_lnklist.h"
+#include "nq_strlist.h"
 #include "nq_str.h"
 #include "nq_fname.h"
+#include "nq_file.h"
 
 #endif
