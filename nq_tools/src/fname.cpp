@@ -3,6 +3,7 @@
 #include "nq_fname.h"
 
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
 #include <string>
 #include <vector>
@@ -172,6 +173,17 @@ std::u16string abbreviate(const std::u16string &name, long maximum) {
 }  // namespace
 
 extern "C" {
+
+NQ_API nq_wchar *nq_Fname_rmvPath(nq_wchar *name) {
+    if (!name) return name;
+    const size_t length = nqt::len(name);
+    size_t start = 0;
+    for (size_t i = 0; i < length; ++i) {
+        if (name[i] == u'\\' || name[i] == u':') start = i + 1;
+    }
+    if (start > 0) std::memmove(name, name + start, (length - start + 1) * sizeof(nq_wchar));
+    return name;
+}
 
 NQ_API nq_wchar *nq_Fname_abbreviate(const nq_wchar *name, int maximum) {
     g_abbreviated[0] = 0;

@@ -33,13 +33,14 @@ const nq_wchar *memory_failure_text() { return g_failure; }
 extern "C" {
 
 NQ_API void *nq_Malloc(size_t size) {
-    void *block = g_allocate(size);
+    // A slot set to null fails every request instead of calling through null.
+    void *block = g_allocate ? g_allocate(size) : nullptr;
     if (!block) compose_failure("Unable to allocate", size);
     return block;
 }
 
 NQ_API void *nq_Calloc(size_t count, size_t size) {
-    void *block = g_clear_allocate(count, size);
+    void *block = g_clear_allocate ? g_clear_allocate(count, size) : nullptr;
     // The element size alone is reported, not the product.
     if (!block) compose_failure("Unable to callocate", size);
     return block;
@@ -47,13 +48,13 @@ NQ_API void *nq_Calloc(size_t count, size_t size) {
 
 NQ_API void *nq_Realloc(void *block, size_t size) {
     if (!block) return nq_Malloc(size);
-    void *moved = g_resize(block, size);
+    void *moved = g_resize ? g_resize(block, size) : nullptr;
     if (!moved) compose_failure("Unable to re-allocate", size);
     return moved;
 }
 
 NQ_API void nq_Free(void *block) {
-    if (block) g_release(block);
+    if (block && g_release) g_release(block);
 }
 
 // A slot given the runtime's own function keeps what it has, so a host's function cannot

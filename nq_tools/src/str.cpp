@@ -42,6 +42,16 @@ int match_forward(const nq_wchar *text, const nq_wchar *pattern) {
 
 extern "C" {
 
+NQ_API nq_wchar *nq_Str_dup(const nq_wchar *string) {
+    if (!string) return nullptr;
+    const size_t length = nqt::len(string);
+    auto *copy = static_cast<nq_wchar *>(nq_Malloc((length + 1) * sizeof(nq_wchar)));
+    if (copy) std::memcpy(copy, string, (length + 1) * sizeof(nq_wchar));
+    return copy;
+}
+
+NQ_API nq_wchar *nq_Str_dupW(const nq_wchar *string) __attribute__((alias("nq_Str_dup")));
+
 NQ_API nq_wchar *nq_Str_cpy(nq_wchar *dest, const nq_wchar *src) {
     if (!dest) return nullptr;
     if (!src) {

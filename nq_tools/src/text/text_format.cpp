@@ -1,0 +1,470 @@
+// The printf-style formatter for UTF-16 text.
+//
+// One pass over the format writes into a sink: either a caller's buffer, which takes what
+// fits and counts the rest, or a growing string. Strings, characters and integers are laid
+// out here, unit by unit; floating numbers are laid out by the C library's snprintf into a
+// narrow buffer (digits, sign, point and exponent are ASCII) and widened, and the width is
+// applied here so that a huge width costs no buffer.
+//
+// Differences from the narrow C library that callers rely on: %s is a wide string and %hs /
+// %S a narrow one whose bytes become units of the same value; %c is a wide unit and %hc / %C
+// a narrow character; a null string prints "(null)", cut by the precision like any other
+// text; an unknown conversion is copied through with its '%'.
+#include <algorithm>
+#include <climits>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <new>
+#include <string>
+
+#include "plat_utf.h"
+#include "text_format_internal.h"
+
+namespace nqt {
+
+namespace {
+
+// No result may be longer than an int can count.
+constexpr std::size_t kMaxResult = static_cast<std::size_t>(INT_MAX);
+
+class Sink {
+public:
+    Sink(wchar *dest, std::size_t capacity) : dest_(dest), capacity_(dest ? capacity : 0) {}
+    explicit Sink(std::u16string &out) : out_(&out) {}
+
+    void put(wchar c) { fill(c, 1); }
+
+    void fill(wchar c, std::size_t n) {
+        if (out_) {
+            out_->append(std::min(n, room_in_string()), c);
+        } else if (count_ + 1 < capacity_) {
+            const std::size_t k = std::min(n, capacity_ - 1 - count_);
+            for (std::size_t i = 0; i < k; ++i) dest_[count_ + i] = c;
+        }
+        count_ += n;
+    }
+
+    void write(const wchar *s, std::size_t n) {
+        if (out_) {
+            out_->append(s, std::min(n, room_in_string()));
+        } else if (count_ + 1 < capacity_) {
+            const std::size_t k = std::min(n, capacity_ - 1 - count_);
+            for (std::size_t i = 0; i < k; ++i) dest_[count_ + i] = s[i];
+        }
+        count_ += n;
+    }
+
+    // Ends the buffer's text after what fitted.
+    void terminate() {
+        if (capacity_ > 0) dest_[std::min(count_, capacity_ - 1)] = 0;
+    }
+
+    std::size_t count() const { return count_; }
+
+private:
+    std::size_t room_in_string() const {
+        return out_->size() < kMaxResult ? kMaxResult - out_->size() : 0;
+    }
+
+    wchar *dest_ = nullptr;
+    std::size_t capacity_ = 0;
+    std::u16string *out_ = nullptr;
+    std::size_t count_ = 0;
+};
+
+enum class Size { none, hh, h, l, ll, L, z, j, t, i32, i64, w };
+
+struct Spec {
+    bool left = false;   // '-'
+    bool plus = false;   // '+'
+    bool blank = false;  // ' '
+    bool zero = false;   // '0'
+    bool alt = false;    // '#'
+    std::size_t width = 0;
+    int precision = -1;  // -1: none given
+    Size size = Size::none;
+    wchar conversion = 0;
+};
+
+// Decimal digits of a width or precision, stopping at INT_MAX.
+int read_count(const wchar *&p) {
+    long long n = 0;
+    for (; *p >= u'0' && *p <= u'9'; ++p) {
+        n = n * 10 + (*p - u'0');
+        if (n > INT_MAX) n = INT_MAX;
+    }
+    return static_cast<int>(n);
+}
+
+void pad_left(Sink &sink, const Spec &spec, std::size_t length) {
+    if (!spec.left && spec.width > length) sink.fill(u' ', spec.width - length);
+}
+
+void pad_right(Sink &sink, const Spec &spec, std::size_t length) {
+    if (spec.left && spec.width > length) sink.fill(u' ', spec.width - length);
+}
+
+void emit_wide(Sink &sink, const Spec &spec, const wchar *s) {
+    static const wchar kNull[] = u"(null)";
+    if (!s) s = kNull;
+    // With a precision the text need not be terminated within it.
+    std::size_t n = 0;
+    const std::size_t limit = spec.precision < 0 ? SIZE_MAX : static_cast<std::size_t>(spec.precision);
+    while (n < limit && s[n]) ++n;
+    pad_left(sink, spec, n);
+    sink.write(s, n);
+    pad_right(sink, spec, n);
+}
+
+void emit_narrow(Sink &sink, const Spec &spec, const char *s) {
+    if (!s) {
+        emit_wide(sink, spec, nullptr);
+        return;
+    }
+    std::size_t n = 0;
+    const std::size_t limit = spec.precision < 0 ? SIZE_MAX : static_cast<std::size_t>(spec.precision);
+    while (n < limit && s[n]) ++n;
+    pad_left(sink, spec, n);
+    for (std::size_t i = 0; i < n; ++i) sink.put(static_cast<unsigned char>(s[i]));
+    pad_right(sink, spec, n);
+}
+
+void emit_char(Sink &sink, const Spec &spec, wchar c) {
+    pad_left(sink, spec, 1);
+    sink.put(c);
+    pad_right(sink, spec, 1);
+}
+
+// An integer as sign, prefix, precision zeros and digits, padded to the width.
+void emit_integer(Sink &sink, const Spec &spec, bool negative, std::uintmax_t magnitude,
+                  unsigned base, bool upper, bool is_signed, bool pointer) {
+    const char *digit_set = upper ? "0123456789ABCDEF" : "0123456789abcdef";
+    char digits[72];
+    std::size_t ndigits = 0;
+    if (!(spec.precision == 0 && magnitude == 0)) {
+        std::uintmax_t m = magnitude;
+        do {
+            digits[ndigits++] = digit_set[m % base];
+            m /= base;
+        } while (m != 0);
+    }
+    std::size_t zeros = spec.precision > 0 && static_cast<std::size_t>(spec.precision) > ndigits
+                            ? static_cast<std::size_t>(spec.precision) - ndigits
+                            : 0;
+    // '#' with octal: the first digit must be a zero.
+    if (spec.alt && base == 8 && zeros == 0 && (ndigits == 0 || magnitude != 0)) zeros = 1;
+
+    wchar sign = 0;
+    if (is_signed || pointer) {
+        if (negative) sign = u'-';
+        else if (spec.plus) sign = u'+';
+        else if (spec.blank) sign = u' ';
+    }
+    const char *prefix = "";
+    if (pointer || (spec.alt && base == 16 && magnitude != 0)) prefix = upper ? "0X" : "0x";
+    const std::size_t prefix_length = prefix[0] ? 2 : 0;
+
+    const std::size_t body = (sign ? 1 : 0) + prefix_length + zeros + ndigits;
+    const bool zero_pad = spec.zero && !spec.left && spec.precision < 0;
+    if (!zero_pad) pad_left(sink, spec, body);
+    if (sign) sink.put(sign);
+    for (std::size_t i = 0; i < prefix_length; ++i) sink.put(static_cast<wchar>(prefix[i]));
+    if (zero_pad && spec.width > body) sink.fill(u'0', spec.width - body);
+    sink.fill(u'0', zeros);
+    while (ndigits > 0) sink.put(static_cast<wchar>(digits[--ndigits]));
+    pad_right(sink, spec, body);
+}
+
+// The narrow conversion spec for snprintf, without the width.
+std::string float_spec(const Spec &spec) {
+    std::string s = "%";
+    if (spec.left) s += '-';
+    if (spec.plus) s += '+';
+    if (spec.blank) s += ' ';
+    if (spec.alt) s += '#';
+    if (spec.precision >= 0) s += "." + std::to_string(spec.precision);
+    if (spec.size == Size::L) s += 'L';
+    s += static_cast<char>(spec.conversion);
+    return s;
+}
+
+template <typename Float>
+bool emit_float(Sink &sink, const Spec &spec, Float value) {
+    const std::string nspec = float_spec(spec);
+    const int n = std::snprintf(nullptr, 0, nspec.c_str(), value);
+    if (n < 0) return false;
+    std::string narrow(static_cast<std::size_t>(n) + 1, '\0');
+    std::snprintf(narrow.data(), narrow.size(), nspec.c_str(), value);
+    narrow.resize(static_cast<std::size_t>(n));
+    const std::u16string text = nqplat::utf8_to_utf16(narrow);
+
+    const std::size_t length = text.size();
+    if (spec.width <= length || spec.left || !spec.zero || !std::isfinite(value)) {
+        pad_left(sink, spec, length);
+        sink.write(text.data(), length);
+        pad_right(sink, spec, length);
+        return true;
+    }
+    // Zero padding goes after the sign and, for %a, after the "0x".
+    std::size_t head = 0;
+    if (head < length && (text[head] == u'-' || text[head] == u'+' || text[head] == u' ')) ++head;
+    if (head + 1 < length && text[head] == u'0' && (text[head + 1] == u'x' || text[head + 1] == u'X'))
+        head += 2;
+    sink.write(text.data(), head);
+    sink.fill(u'0', spec.width - length);
+    sink.write(text.data() + head, length - head);
+    return true;
+}
+
+std::intmax_t signed_argument(Size size, va_list *ap) {
+    switch (size) {
+        case Size::hh: return static_cast<signed char>(va_arg(*ap, int));
+        case Size::h: return static_cast<short>(va_arg(*ap, int));
+        case Size::l: return va_arg(*ap, long);
+        case Size::ll:
+        case Size::L:
+        case Size::i64: return va_arg(*ap, long long);
+        case Size::z:
+        case Size::t: return va_arg(*ap, std::ptrdiff_t);
+        case Size::j: return va_arg(*ap, std::intmax_t);
+        case Size::i32: return va_arg(*ap, std::int32_t);
+        case Size::none:
+        case Size::w: break;
+    }
+    return va_arg(*ap, int);
+}
+
+std::uintmax_t unsigned_argument(Size size, va_list *ap) {
+    switch (size) {
+        case Size::hh: return static_cast<unsigned char>(va_arg(*ap, unsigned int));
+        case Size::h: return static_cast<unsigned short>(va_arg(*ap, unsigned int));
+        case Size::l: return va_arg(*ap, unsigned long);
+        case Size::ll:
+        case Size::L:
+        case Size::i64: return va_arg(*ap, unsigned long long);
+        case Size::z:
+        case Size::t: return va_arg(*ap, std::size_t);
+        case Size::j: return va_arg(*ap, std::uintmax_t);
+        case Size::i32: return va_arg(*ap, std::uint32_t);
+        case Size::none:
+        case Size::w: break;
+    }
+    return va_arg(*ap, unsigned int);
+}
+
+// Flags, width, precision and size of the conversion at p (just past its '%'); p is left
+// on the conversion character.
+Spec parse_spec(const wchar *&p, va_list *ap) {
+    Spec spec;
+    for (;; ++p) {
+        if (*p == u'-') spec.left = true;
+        else if (*p == u'+') spec.plus = true;
+        else if (*p == u' ') spec.blank = true;
+        else if (*p == u'0') spec.zero = true;
+        else if (*p == u'#') spec.alt = true;
+        else break;
+    }
+    if (*p == u'*') {
+        ++p;
+        const long long w = va_arg(*ap, int);
+        if (w < 0) spec.left = true;  // a negative width from the arguments means '-'
+        spec.width = static_cast<std::size_t>(w < 0 ? -w : w);
+    } else {
+        spec.width = static_cast<std::size_t>(read_count(p));
+    }
+    if (*p == u'.') {
+        ++p;
+        if (*p == u'*') {
+            ++p;
+            const int pr = va_arg(*ap, int);
+            spec.precision = pr < 0 ? -1 : pr;  // a negative one counts as none
+        } else {
+            spec.precision = read_count(p);
+        }
+    }
+    switch (*p) {
+        case u'h':
+            if (p[1] == u'h') { spec.size = Size::hh; ++p; }
+            else spec.size = Size::h;
+            ++p;
+            break;
+        case u'l':
+            if (p[1] == u'l') { spec.size = Size::ll; ++p; }
+            else spec.size = Size::l;
+            ++p;
+            break;
+        case u'L': spec.size = Size::L; ++p; break;
+        case u'z': spec.size = Size::z; ++p; break;
+        case u'j': spec.size = Size::j; ++p; break;
+        case u't': spec.size = Size::t; ++p; break;
+        case u'w': spec.size = Size::w; ++p; break;
+        case u'I':
+            if (p[1] == u'6' && p[2] == u'4') { spec.size = Size::i64; p += 3; }
+            else if (p[1] == u'3' && p[2] == u'2') { spec.size = Size::i32; p += 3; }
+            else { spec.size = Size::z; ++p; }
+            break;
+        default: break;
+    }
+    spec.conversion = *p;
+    return spec;
+}
+
+// Yields false when a number could not be formatted.
+bool run(Sink &sink, const wchar *fmt, va_list *ap) {
+    const wchar *p = fmt;
+    while (*p) {
+        if (*p != u'%') {
+            sink.put(*p++);
+            continue;
+        }
+        const wchar *start = p++;
+        Spec spec = parse_spec(p, ap);
+        if (*p == 0) {  // the format ends inside a conversion: copy what there is
+            sink.write(start, static_cast<std::size_t>(p - start));
+            break;
+        }
+        ++p;
+        const bool wide_size = spec.size == Size::l || spec.size == Size::w;
+        switch (spec.conversion) {
+            case u's':
+                if (spec.size == Size::h) emit_narrow(sink, spec, va_arg(*ap, const char *));
+                else emit_wide(sink, spec, va_arg(*ap, const wchar *));
+                break;
+            case u'S':
+                if (wide_size) emit_wide(sink, spec, va_arg(*ap, const wchar *));
+                else emit_narrow(sink, spec, va_arg(*ap, const char *));
+                break;
+            case u'c':
+                if (spec.size == Size::h)
+                    emit_char(sink, spec, static_cast<unsigned char>(va_arg(*ap, int)));
+                else
+                    emit_char(sink, spec, static_cast<wchar>(va_arg(*ap, int)));
+                break;
+            case u'C':
+                if (wide_size) emit_char(sink, spec, static_cast<wchar>(va_arg(*ap, int)));
+                else emit_char(sink, spec, static_cast<unsigned char>(va_arg(*ap, int)));
+                break;
+            case u'd':
+            case u'i': {
+                const std::intmax_t v = signed_argument(spec.size, ap);
+                // The magnitude of INTMAX_MIN fits the unsigned type.
+                const std::uintmax_t m = v < 0 ? std::uintmax_t{0} - static_cast<std::uintmax_t>(v)
+                                               : static_cast<std::uintmax_t>(v);
+                emit_integer(sink, spec, v < 0, m, 10, false, true, false);
+                break;
+            }
+            case u'u':
+                emit_integer(sink, spec, false, unsigned_argument(spec.size, ap), 10, false, false, false);
+                break;
+            case u'o':
+                emit_integer(sink, spec, false, unsigned_argument(spec.size, ap), 8, false, false, false);
+                break;
+            case u'x':
+                emit_integer(sink, spec, false, unsigned_argument(spec.size, ap), 16, false, false, false);
+                break;
+            case u'X':
+                emit_integer(sink, spec, false, unsigned_argument(spec.size, ap), 16, true, false, false);
+                break;
+            case u'p': {
+                const void *ptr = va_arg(*ap, void *);
+                if (!ptr) {
+                    static const wchar kNil[] = u"(nil)";
+                    Spec text_spec = spec;
+                    text_spec.precision = -1;
+                    emit_wide(sink, text_spec, kNil);
+                } else {
+                    emit_integer(sink, spec, false, reinterpret_cast<std::uintptr_t>(ptr), 16, false,
+                                 false, true);
+                }
+                break;
+            }
+            case u'f':
+            case u'F':
+            case u'e':
+            case u'E':
+            case u'g':
+            case u'G':
+            case u'a':
+            case u'A': {
+                const bool ok = spec.size == Size::L ? emit_float(sink, spec, va_arg(*ap, long double))
+                                                     : emit_float(sink, spec, va_arg(*ap, double));
+                if (!ok) return false;
+                break;
+            }
+            case u'n':
+                (void)va_arg(*ap, void *);  // the count is never stored
+                break;
+            case u'%':
+                sink.put(u'%');
+                break;
+            default:
+                sink.write(start, static_cast<std::size_t>(p - start));
+                break;
+        }
+    }
+    return true;
+}
+
+int result_of(bool ok, const Sink &sink) {
+    if (!ok || sink.count() > kMaxResult) return -1;
+    return static_cast<int>(sink.count());
+}
+
+}  // namespace
+
+int vformat(wchar *dest, std::size_t capacity, const wchar *fmt, va_list args) {
+    Sink sink(dest, capacity);
+    bool ok = false;
+    if (fmt) {
+        va_list ap;
+        va_copy(ap, args);
+        ok = run(sink, fmt, &ap);
+        va_end(ap);
+    }
+    sink.terminate();
+    return result_of(ok, sink);
+}
+
+int format(wchar *dest, std::size_t capacity, const wchar *fmt, ...) {
+    va_list args;
+    va_start(args, fmt);
+    const int n = vformat(dest, capacity, fmt, args);
+    va_end(args);
+    return n;
+}
+
+namespace detail {
+
+int format_append(std::u16string &out, const wchar *fmt, va_list args) {
+    if (!fmt) return -1;
+    Sink sink(out);
+    va_list ap;
+    va_copy(ap, args);
+    bool ok = false;
+    try {
+        ok = run(sink, fmt, &ap);
+    } catch (const std::bad_alloc &) {
+        ok = false;  // a width of millions that memory cannot hold fails like any format error
+    }
+    va_end(ap);
+    return result_of(ok, sink);
+}
+
+}  // namespace detail
+
+std::u16string vformat_string(const wchar *fmt, va_list args) {
+    std::u16string out;
+    detail::format_append(out, fmt, args);
+    return out;
+}
+
+std::u16string format_string(const wchar *fmt, ...) {
+    va_list args;
+    va_start(args, fmt);
+    std::u16string out = vformat_string(fmt, args);
+    va_end(args);
+    return out;
+}
+
+}  // namespace nqt
