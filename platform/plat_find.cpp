@@ -107,12 +107,12 @@ std::vector<FindEntry> find_entries(const char16_t *pattern) {
     }
     if (namePattern.empty()) return found;
 
-    std::string path = folder.empty() ? std::string(".") : fs_path(folder.c_str());
-    if (path.empty()) path = ".";
-    DIR *dir = ::opendir(path.c_str());
+    const std::string folderPath = folder.empty() ? std::string() : fs_path(folder.c_str());
+    const char *path = folderPath.empty() ? "." : folderPath.c_str();
+    DIR *dir = ::opendir(path);
     if (!dir) return found;
     char resolved[PATH_MAX];
-    const bool root = ::realpath(path.c_str(), resolved) && std::string(resolved) == "/";
+    const bool root = ::realpath(path, resolved) && std::string(resolved) == "/";
     const int dirfd = ::dirfd(dir);
 
     std::vector<FindEntry> dots, names;
