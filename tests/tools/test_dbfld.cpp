@@ -397,7 +397,7 @@ TEST_F(DbFld, TemplateBuildsNodesFromGoodLinesAndSkipsTheRest) {
                            "NAME C030000\n"
                            "bad C01200\n"
                            "\n"
-                           "; comment line\n"
+                           "; remark\n"
                            "   \n"
                            "price n010002\n"
                            "LAST D008000");
@@ -416,6 +416,15 @@ TEST_F(DbFld, TemplateBuildsNodesFromGoodLinesAndSkipsTheRest) {
     nq_DbFldList_destroy(t);
 }
 
+TEST_F(DbFld, TemplatesKnowNoCommentsOnlyTheShapeOfALine) {
+    DbFldList *t = nq_DbFldList_fromTemplate(Write("c.tpl", "; comment\n").c_str());
+    ASSERT_NE(t, nullptr);
+    EXPECT_EQ(S(Nth(t, 0)->name), u";");
+    EXPECT_EQ(Nth(t, 0)->type, u'C');
+    EXPECT_EQ(Nth(t, 0)->width, 0u);
+    nq_DbFldList_destroy(t);
+}
+
 TEST_F(DbFld, TemplateWithoutAGoodLineOrFileIsNull) {
     EXPECT_EQ(nq_DbFldList_fromTemplate(Write("empty.tpl", "").c_str()), nullptr);
     EXPECT_EQ(nq_DbFldList_fromTemplate(Write("bad.tpl", "NAME C01200\nX\n\n").c_str()), nullptr);
@@ -426,7 +435,10 @@ TEST_F(DbFld, TemplateWithoutAGoodLineOrFileIsNull) {
 
 TEST_F(DbFld, TemplateOfBinaryJunkAndOverlongLines) {
     std::string junk;
-    for (int i = 0; i < 4096; ++i) junk += char((i * 37 + 11) & 0xFF);
+    for (int i = 0; i < 4096; ++i) {
+        const char c = char((i * 37 + 11) & 0xFF);
+        junk += c == ' ' ? '\x01' : c;  // without blanks no word is followed by a description
+    }
     EXPECT_EQ(nq_DbFldList_fromTemplate(Write("junk.tpl", junk).c_str()), nullptr);
     // A line longer than 256 characters is cut there and its rest dropped.
     const std::string longLine = std::string(300, 'L') + " C001000\n";
