@@ -12,5 +12,9 @@
 #include "nq_str.h"
 #include "nq_fname.h"
 #include "nq_file.h"
+#include "nq_vector.h"
+#include "nq_point.h"
+#include "nq_matrix.h"
+#include "nq_rotmatrix.h"
 
 #endif
