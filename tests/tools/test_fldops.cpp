@@ -833,3 +833,16 @@ TEST_F(FldOps, AppStrListBuildsAnOwningSNode) {
     EXPECT_EQ(nq_FldList_currChar(a, out, 7), -3);
     EXPECT_EQ(nq_FldList_appStrList(a, u"none", nullptr), 1);  // a null list is a value too
 }
+
+TEST_F(DiagLog, PrintDiagLinesStayWholeAmongTheListsOwnTraces) {
+    nq_Diag_setLevel(3);
+    nq_Diag_setCondition(0xFFFFFFFFu);
+    FldList *list = nq_FldList_create(u"a", 'I', 1, u"b", 'C', u"two", nullptr);
+    nq_FldList_printListDiag(list, 3, 1);
+    nq_Diag_disable();
+    const std::string log = Log();
+    EXPECT_NE(log.find("lnklist.cpp (N) Entering nq_LnkList_start.\n"), std::string::npos);
+    EXPECT_NE(log.find("fldops.cpp (N) " + L0("A") + "I:1\n"), std::string::npos);
+    EXPECT_NE(log.find("fldops.cpp (N) " + L0("B") + "C:two\n"), std::string::npos);
+    nq_FldList_destroy(list);
+}
