@@ -67,7 +67,8 @@ NQ_API int nq_DbRef_del(int id);
 NQ_API int nq_DbRef_delTags(int id);
 /* A zeroed node with a copy of the name; null when memory is out. */
 NQ_API DbRefNode *nq_DbRefNode_create(const nq_wchar *fileName, int id);
-/* Releases the name, the field list and the node; the statement stays as it is. */
+/* Releases the name, the field list and a node made by nq_DbRefNode_create; the statement
+ * stays as it is. */
 NQ_API void nq_DbRefNode_free(DbRefNode *node);
 /* The node of that number in list, by a walk from the start; null when there is none. */
 NQ_API DbRefNode *nq_DbRefNode_find(LnkList *list, int id);
