@@ -16,5 +16,8 @@
 #include "nq_point.h"
 #include "nq_matrix.h"
 #include "nq_rotmatrix.h"
+#include "nq_fldlist.h"
+#include "nq_ini.h"
+#include "nq_dbfldlist.h"
 
 #endif
