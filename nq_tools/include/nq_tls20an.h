@@ -19,5 +19,6 @@
 #include "nq_fldlist.h"
 #include "nq_ini.h"
 #include "nq_dbfldlist.h"
+#include "nq_db.h"
 
 #endif
