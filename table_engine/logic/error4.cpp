@@ -81,14 +81,14 @@ namespace {
 constexpr size_t kTextSize = 268;
 constexpr size_t kLimit = 257;
 
-// Appends text to buffer (holding length bytes) without passing the last byte, which is kept
-// for the NUL.
-void append(char *buffer, size_t &length, const char *text) {
-    while (*text && length + 1 < kTextSize) buffer[length++] = *text++;
+// Appends text to buffer (holding length bytes), keeping reserve bytes free at the end.
+void append(char *buffer, size_t &length, const char *text, size_t reserve = 1) {
+    while (*text && length + reserve < kTextSize) buffer[length++] = *text++;
 }
 
+// A string and its line feed; a string too long for the buffer is cut, its line feed kept.
 void append_line(char *buffer, size_t &length, const char *text) {
-    append(buffer, length, text);
+    append(buffer, length, text, 2);
     append(buffer, length, "\n");
 }
 
