@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <atomic>
 #include <cstdio>
 #include <mutex>
 #include <string>
@@ -31,6 +32,9 @@ struct HandleState {
 
 std::mutex g_mutex;
 std::unordered_map<int, HandleState> g_handles;
+struct {
+    std::atomic<uint64_t> reads{0}, writes{0}, locks{0}, unlocks{0};
+} g_counts;
 
 uint32_t error_from_errno(int error, bool creating) {
     switch (error) {
@@ -169,6 +173,7 @@ bool file_read(int handle, uint32_t position, void *buffer, uint32_t length, uin
     if (got) *got = 0;
     if (!known_handle(handle)) return fail(kErrInvalidHandle);
     if (length && !buffer) return fail(kErrInvalidParameter);
+    ++g_counts.reads;
     uint32_t done = 0;
     while (done < length) {
         const ssize_t n = ::pread(handle, static_cast<char *>(buffer) + done, length - done,
@@ -198,6 +203,7 @@ bool file_write(int handle, uint32_t position, const void *buffer, uint32_t leng
     }
     if (!can_write) return fail(kErrAccessDenied);
     if (length && !buffer) return fail(kErrInvalidParameter);
+    ++g_counts.writes;
     uint32_t done = 0;
     while (done < length) {
         const ssize_t n = ::pwrite(handle, static_cast<const char *>(buffer) + done,
@@ -272,6 +278,7 @@ bool file_lock(int handle, uint32_t offset, uint32_t length) {
     std::lock_guard<std::mutex> guard(g_mutex);
     HandleState *state = state_of(handle);
     if (!state) return fail(kErrInvalidHandle);
+    ++g_counts.locks;
     if (length == 0) {
         t_last_error = kErrNone;
         return true;
@@ -298,6 +305,7 @@ bool file_unlock(int handle, uint32_t offset, uint32_t length) {
     std::lock_guard<std::mutex> guard(g_mutex);
     HandleState *state = state_of(handle);
     if (!state) return fail(kErrInvalidHandle);
+    ++g_counts.unlocks;
     if (length == 0) {
         t_last_error = kErrNone;
         return true;
@@ -336,5 +344,10 @@ bool file_rename(const char *from, const char *to) {
 }
 
 uint32_t file_last_error() { return t_last_error; }
+
+FileCallCounts file_call_counts() {
+    return {g_counts.reads.load(), g_counts.writes.load(), g_counts.locks.load(),
+            g_counts.unlocks.load()};
+}
 
 }  // namespace nqplat

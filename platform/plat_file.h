@@ -88,4 +88,14 @@ bool file_rename(const char *from, const char *to);
 // The error of the last failing call above.
 uint32_t file_last_error();
 
+// How many calls of each kind reached the operating system since the process started, for
+// tests that must see that a call was or was not made.
+struct FileCallCounts {
+    uint64_t reads;
+    uint64_t writes;
+    uint64_t locks;
+    uint64_t unlocks;
+};
+FileCallCounts file_call_counts();
+
 }  // namespace nqplat
