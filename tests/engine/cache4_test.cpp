@@ -850,7 +850,9 @@ TEST_P(Cache4Random, GivesTheSameBytesAsAPlainModel) {
                                           ? 0
                                           : std::min<uint32_t>(length, static_cast<uint32_t>(bytes.size()) - position);
             ASSERT_EQ(got, expected);
-            ASSERT_EQ(std::memcmp(buffer.data(), bytes.data() + position, got), 0);
+            if (got) {
+                ASSERT_EQ(std::memcmp(buffer.data(), bytes.data() + position, got), 0);
+            }
         } else if (op < 76) {  // length change
             const uint32_t length = pick(0, 45000);
             ASSERT_EQ(file4_set_length(file, length), 0);
@@ -889,7 +891,9 @@ TEST_P(Cache4Random, GivesTheSameBytesAsAPlainModel) {
         const uint32_t size = static_cast<uint32_t>(model[i].size());
         std::vector<char> all(size + 1);
         ASSERT_EQ(file4_read(&files[i], 0, all.data(), size + 1), size);
-        ASSERT_EQ(std::memcmp(all.data(), model[i].data(), size), 0);
+        if (size) {
+            ASSERT_EQ(std::memcmp(all.data(), model[i].data(), size), 0);
+        }
         if (locked[i]) {
             ASSERT_EQ(file4_flush(&files[i], 0), 0);
             ASSERT_EQ(file4_unlock(&files[i], lock4_append_offset, 1), 0);
@@ -897,7 +901,9 @@ TEST_P(Cache4Random, GivesTheSameBytesAsAPlainModel) {
         ASSERT_EQ(file4_close(&files[i]), 0);
         const std::string disk = nqtest::read_file(names[i]);
         ASSERT_EQ(disk.size(), model[i].size()) << i;
-        EXPECT_EQ(std::memcmp(disk.data(), model[i].data(), disk.size()), 0) << i;
+        if (!disk.empty()) {
+            EXPECT_EQ(std::memcmp(disk.data(), model[i].data(), disk.size()), 0) << i;
+        }
     }
     EXPECT_EQ(engine->cache_files.count, 0u);
     if (w.cache) {
