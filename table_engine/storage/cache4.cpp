@@ -75,12 +75,13 @@ void touch(cache_block *block, bool on_list) {
     l4_add(list, &block->usage_link);
 }
 
-void clear_block(cache_block *block, uint32_t block_size) {
+// Clears what a block says about itself. Its bytes are set by whoever fills it next; every
+// filling leaves zeros behind the valid length, which a file that grows reads there.
+void clear_block(cache_block *block) {
     block->changed = 0;
     block->length = 0;
     block->file = nullptr;
     block->position = 0;
-    std::memset(block->data, 0, block_size);
 }
 
 // Off both lists and onto the free list, unwritten.
@@ -88,7 +89,7 @@ void release_block(cache_block *block) {
     cache4 &cache = block->file->engine->cache;
     l4_remove(hash_list_of(cache, block->file, block->position), &block->hash_link);
     l4_remove(usage_list_of(cache, block->file), &block->usage_link);
-    clear_block(block, cache.block_size);
+    clear_block(block);
     l4_add(&cache.free_blocks, &block->usage_link);
 }
 
@@ -176,14 +177,14 @@ void give_up(cache_block *block) {
     }
     l4_remove(hash_list_of(cache, block->file, block->position), &block->hash_link);
     l4_remove(usage_list_of(cache, block->file), &block->usage_link);
-    clear_block(block, cache.block_size);
+    clear_block(block);
 }
 
 cache_block *take(engine4 *engine) {
     cache4 &cache = engine->cache;
     if (void *link = l4_pop(&cache.free_blocks)) {
         cache_block *block = from_usage(link);
-        clear_block(block, cache.block_size);
+        clear_block(block);
         return block;
     }
     if (cache.miss_count < 255) ++cache.miss_count;
@@ -281,6 +282,7 @@ void read_ahead(file4 *file, uint32_t block_position) {
         }
         const uint32_t length = available - offset < block_size ? available - offset : block_size;
         std::memcpy(block->data, cache.read_ahead_buffer + offset, length);
+        std::memset(block->data + length, 0, block_size - length);
         block->length = length;
         enter(block, file, position);
         touch(block, false);
@@ -455,10 +457,11 @@ uint32_t cache_write(file4 *file, uint32_t position, const char *buffer, uint32_
             if (count < block_size && length_now() > block_position) {
                 // A part of a block: the rest of it comes from the file first.
                 read_block(block);
+            } else if (length_now() >= static_cast<int64_t>(block_position) + block_size) {
+                block->length = block_size;  // the write fills it
             } else {
-                block->length = length_now() >= static_cast<int64_t>(block_position) + block_size
-                                    ? block_size
-                                    : 0;
+                block->length = 0;
+                std::memset(block->data, 0, block_size);
             }
         } else if (block->length < block_size) {
             refresh_short_block(block, length_now());
