@@ -155,16 +155,15 @@ void cache_adapt(engine4 *engine) {
     }
 }
 
-struct ReadAhead;
-ReadAhead *g_read_ahead = nullptr;
-
 // The read-ahead under way: a changed block of its range that leaves the cache meanwhile
-// makes the bytes read from the disk stale for that block.
+// makes the bytes read from the disk stale for that block. One per thread, since engines
+// on different threads run their caches apart.
 struct ReadAhead {
     file4 *file;
     uint32_t start, end;
     bool stale = false;
 };
+thread_local ReadAhead *g_read_ahead = nullptr;
 
 void give_up(cache_block *block) {
     cache4 &cache = block->file->engine->cache;
