@@ -25,11 +25,12 @@ int file4_lock(file4 *file, uint32_t offset, uint32_t length) {
     }
 }
 
+// Unlocking goes on after a failure: a lock must not outlive the error that stopped the work
+// it was taken for.
 int file4_unlock(file4 *file, uint32_t offset, uint32_t length) {
     if (!file || !file->engine) return -1;
     if (file->is_read_only || file->is_exclusive) return 0;
     engine4 *engine = file->engine;
-    if (engine->error_code < 0) return -1;
     // A shared file delays its writes only while it holds a lock.
     file4_write_delay(file, 0);
     if (!nqplat::file_unlock(file->handle, offset, length)) {

@@ -49,7 +49,6 @@ int table4_flush(table4 *table) {
 int table4_unlock(table4 *table) {
     if (!table || !table->engine) return -1;
     engine4 *engine = table->engine;
-    if (engine->error_code < 0) return -1;
     if (table->file_locked) {
         file4_unlock(&table->file, lock4_file_offset, lock4_file_length);
         table->file_locked = 0;

@@ -275,10 +275,25 @@ TEST(Engine4, UnlockAllReleasesTheLocksOfEveryTable) {
     EXPECT_EQ(file4_lock(&fb, lock4_position_base + 43, 1), 0);
     file4_close(&fa);
     file4_close(&fb);
-    engine->error_code = -1;
-    EXPECT_EQ(engine4_unlock_all(engine), -1);
-    engine->error_code = 0;
     EXPECT_EQ(engine4_unlock_all(nullptr), -1);
+}
+
+TEST(Engine4, UnlockAllReleasesTheLocksEvenAfterAFailureAndIsThenMinusOne) {
+    TempDir dir;
+    Engine engine;
+    table4 *a = open_table(engine, dir.file("A"), "A");
+    ASSERT_EQ(file4_lock(&a->file, lock4_append_offset, 1), 0);
+    a->append_locked = 1;
+    engine->error_code = -70;
+    EXPECT_EQ(engine4_unlock_all(engine), -1);
+    EXPECT_EQ(a->append_locked, 0);
+    Engine other;
+    other->lock_attempts = 1;
+    file4 fa;
+    ASSERT_EQ(file4_open(&fa, other, dir.file("A").c_str(), 0), 0);
+    EXPECT_EQ(file4_lock(&fa, lock4_append_offset, 1), 0);
+    file4_close(&fa);
+    engine->error_code = 0;
 }
 
 }  // namespace

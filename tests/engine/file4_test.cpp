@@ -332,7 +332,6 @@ TEST_F(File4, ANegativeErrorCodeStopsEveryOperationAtEntry) {
     EXPECT_EQ(file4_flush(&file, 1), -1);
     EXPECT_EQ(file4_refresh(&file), -1);
     EXPECT_EQ(file4_lock(&file, 0, 1), -1);
-    EXPECT_EQ(file4_unlock(&file, 0, 1), -1);
     EXPECT_EQ(file4_cache_type(&file, 1, 1), -1);
     EXPECT_EQ(file4_write_mode(&file, 1), -1);
     file4 other;

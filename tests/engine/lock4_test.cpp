@@ -213,6 +213,23 @@ TEST_F(Lock4, AFailureOtherThanALockedRangeIsMinus50) {
     file4_close(&a);
 }
 
+TEST_F(Lock4, UnlockingGoesOnAfterAFailure) {
+    Engine engine, other;
+    other->lock_attempts = 1;
+    file4 a, b;
+    ASSERT_EQ(file4_open(&a, engine, name.c_str(), 0), 0);
+    ASSERT_EQ(file4_open(&b, other, name.c_str(), 0), 0);
+    ASSERT_EQ(file4_lock(&a, lock4_append_offset, 1), 0);
+    engine->error_code = -70;
+    EXPECT_EQ(file4_lock(&a, lock4_record_base - 1, 1), -1);  // no new locks
+    EXPECT_EQ(file4_unlock(&a, lock4_append_offset, 1), 0);   // but the old one goes
+    EXPECT_EQ(engine->error_code, -70);
+    EXPECT_EQ(file4_lock(&b, lock4_append_offset, 1), 0);
+    engine->error_code = 0;
+    file4_close(&a);
+    file4_close(&b);
+}
+
 TEST_F(Lock4, UnlockingARangeNotHeldIsMinus110) {
     Engine engine;
     BoxCapture boxes;
