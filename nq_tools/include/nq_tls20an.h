@@ -8,7 +8,16 @@
 #include "nq_diag.h"
 #include "nq_array.h"
 #include "nq_lnklist.h"
+#include "nq_strlist.h"
 #include "nq_str.h"
 #include "nq_fname.h"
+#include "nq_file.h"
+#include "nq_vector.h"
+#include "nq_point.h"
+#include "nq_matrix.h"
+#include "nq_rotmatrix.h"
+#include "nq_fldlist.h"
+#include "nq_ini.h"
+#include "nq_dbfldlist.h"
 
 #endif
