@@ -35,7 +35,8 @@ int table4_append_start(table4 *table, int keep_memos) {
         const column4 *column = table->memo_columns[i].column;
         std::memset(table->record + column->offset, ' ', column->length);
     }
-    if (!table->file_locked && !exclusive(table)) table4_unlock(table);
+    // The record was written above; the values just read must not be marked unread again.
+    if (!table->file_locked && !exclusive(table)) release_all_locks(table);
     table->record_number = 0;
     return 0;
 }

@@ -79,6 +79,9 @@ int flush_delayed(file4 *file);
 void mark_memos(table4 *table);
 // Gives up the record locks (after writing what they kept back).
 int release_record_locks(table4 *table);
+// Gives up every lock of the table (file, append, records, memo, index files) without
+// writing the record first.
+int release_all_locks(table4 *table);
 // Gives up the locks of the index files.
 int release_index_locks(table4 *table);
 // The number of the record whose bytes are read into buffer; its bytes must be exactly

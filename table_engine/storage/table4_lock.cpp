@@ -194,6 +194,13 @@ int table4_unlock(table4 *table) {
     for (void *walk = l4_first(&table->index_list); walk; walk = l4_next(&table->index_list, walk)) {
         if (engine->error_code >= 0) index4_update(static_cast<index4 *>(walk));
     }
+    return release_all_locks(table);
+}
+
+namespace table4_detail {
+
+int release_all_locks(table4 *table) {
+    engine4 *engine = table->engine;
     if (table->file.handle >= 0 && (table->file_locked || table->append_locked || table->locks_held)) {
         flush_delayed(&table->file);
     }
@@ -214,3 +221,5 @@ int table4_unlock(table4 *table) {
     release_index_locks(table);
     return engine->error_code < 0 ? -1 : 0;
 }
+
+}  // namespace table4_detail
