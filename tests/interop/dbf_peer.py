@@ -47,14 +47,15 @@ def emit(kind, values):
 
 def dump_dbfread(path):
     import dbfread
-    table = dbfread.DBF(path, encoding='latin-1', char_decode_errors='strict')
+    # Records as lists of pairs: a table may hold two fields of one name.
+    table = dbfread.DBF(path, encoding='latin-1', char_decode_errors='strict', recfactory=None)
     fields = [(f.name, f.type, f.length, f.decimal_count) for f in table.fields]
     for name, ftype, length, decimals in fields:
         print('FIELD %s %s %d %d' % (name, ftype, length, decimals))
     for record in table:
-        emit('R', [norm(t, d, record[n]) for n, t, _, d in fields])
+        emit('R', [norm(t, d, pair[1]) for (_, t, _, d), pair in zip(fields, record)])
     for record in table.deleted:
-        emit('D', [norm(t, d, record[n]) for n, t, _, d in fields])
+        emit('D', [norm(t, d, pair[1]) for (_, t, _, d), pair in zip(fields, record)])
 
 
 def dump_dbf(path):
