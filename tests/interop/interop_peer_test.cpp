@@ -162,7 +162,9 @@ TEST_F(InteropPeer, TablesThePeerWritesReadTheSameHere) {
         ASSERT_NE(table, nullptr) << c.kind << " " << engine->error_code;
         if (std::string(c.kind) == "fp") {
             EXPECT_GE(table->memo_file.file.handle, 0);
-            if (c.block_size) EXPECT_EQ(table->memo_file.block_size, c.block_size);
+            if (c.block_size) {
+                EXPECT_EQ(table->memo_file.block_size, c.block_size);
+            }
         }
         Dump ours = interop::engine_dump(table);
         // The peer's own reading gives the field list.
