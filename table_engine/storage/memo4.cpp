@@ -81,12 +81,8 @@ int memo4_create(memo4 *memo, engine4 *engine, table4 *table, const char *name) 
         file4_create(&memo->file, engine, name, 1);
     } else {
         // A temporary memo file for compression, beside the table.
-        if (!table) {
-            mem4_free(work);
-            return -1;
-        }
         char temp_name[kNameBuffer];
-        if (std::strlen(table->file.name) >= sizeof(temp_name)) {
+        if (!table || !table->file.name || std::strlen(table->file.name) >= sizeof(temp_name)) {
             mem4_free(work);
             return -1;
         }
