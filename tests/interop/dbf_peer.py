@@ -102,15 +102,15 @@ DELETED = {1}
 def write_table(kind, path, block_size):
     import dbf
     if kind == 'db3':
-        spec = 'NAME C(20); AMOUNT N(12,2); SEEN D; OK L'
-        table = dbf.Table(path, spec, dbf_type='db3')
+        layout = 'NAME C(20); AMOUNT N(12,2); SEEN D; OK L'
+        table = dbf.Table(path, layout, dbf_type='db3')
         types = [('C', 0), ('N', 2), ('D', 0), ('L', 0)]
     else:
-        spec = 'NAME C(20); AMOUNT N(12,2); SEEN D; OK L; NOTE M; RATE F(10,3)'
+        layout = 'NAME C(20); AMOUNT N(12,2); SEEN D; OK L; NOTE M; RATE F(10,3)'
         options = {'dbf_type': 'fp'}
         if block_size:
             options['memo_size'] = block_size
-        table = dbf.Table(path, spec, **options)
+        table = dbf.Table(path, layout, **options)
         types = [('C', 0), ('N', 2), ('D', 0), ('L', 0), ('M', 0), ('F', 3)]
     table.open(dbf.READ_WRITE)
     expected = []
