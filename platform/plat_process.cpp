@@ -157,6 +157,25 @@ std::vector<std::u16string> split_command_line(std::u16string_view line) {
     return words;
 }
 
+std::u16string quote_argument(std::u16string_view word) {
+    if (!word.empty() && word.find_first_of(u" \t\"") == std::u16string_view::npos) return std::u16string(word);
+    std::u16string out = u"\"";
+    std::size_t slashes = 0;
+    for (const char16_t c : word) {
+        if (c == u'\\') {
+            ++slashes;
+            continue;
+        }
+        // Backslashes before a quote are doubled, and the quote itself escaped.
+        out.append(c == u'"' ? 2 * slashes + 1 : slashes, u'\\');
+        slashes = 0;
+        out.push_back(c);
+    }
+    out.append(2 * slashes, u'\\');  // before the closing quote
+    out.push_back(u'"');
+    return out;
+}
+
 std::string program_path(const std::u16string &word) {
     const bool drive = word.size() >= 2 && word[1] == u':';
     if (drive || word.find(u'\\') != std::u16string::npos) return os_path(word.c_str());

@@ -60,6 +60,10 @@ void reap_children();
 // FormatMessageW of a system error: the system's text for an errno value.
 std::u16string system_error_text(int error);
 
+// One word quoted so that split_command_line gives it back unchanged (the inverse of the
+// argument rules; not for the program word).
+std::u16string quote_argument(std::u16string_view word);
+
 // The program a command word names: a library name (with a backslash or a drive mark)
 // through the path bridge, anything else as it is, for a PATH search.
 std::string program_path(const std::u16string &word);

@@ -10,5 +10,8 @@
 #include "nq_lnklist.h"
 #include "nq_str.h"
 #include "nq_fname.h"
+#include "nq_ini.h"
+#include "nq_env.h"
+#include "nq_sys.h"
 
 #endif
