@@ -44,8 +44,8 @@ bool isdigit(wchar c);                                            // iswdigit
 bool isalpha(wchar c);                                            // iswalpha
 bool isalnum(wchar c);                                            // iswalnum
 
-int toi(const wchar *s);      // _wtoi: leading blanks, sign, digits; overflow as the runtime (wraps to int of the long value)
-long tol(const wchar *s);     // _wtol
+int toi(const wchar *s);      // _wtoi: leading blanks, sign, digits; saturates at the 32-bit limits
+long tol(const wchar *s);     // _wtol: the same, a 32-bit long that saturates (ERANGE)
 double tof(const wchar *s);   // _wtof: as strtod on the text (decimal, exponent, inf/nan)
 long tol_end(const wchar *s, const wchar **end, int base);     // wcstol
 double tod_end(const wchar *s, const wchar **end);              // wcstod

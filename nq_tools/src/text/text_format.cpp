@@ -176,14 +176,20 @@ void emit_integer(Sink &sink, const Spec &spec, bool negative, std::uintmax_t ma
     pad_right(sink, spec, body);
 }
 
+// Past this many digits after the point (or significant digits for %g) every digit of a
+// double or long double is zero: the smallest long double has 16445 decimals. A larger
+// precision is laid out with this one and the missing zeros are added here, so that no
+// precision makes a buffer of its size.
+constexpr int kExactPrecision = 20000;
+
 // The narrow conversion spec for snprintf, without the width.
-std::string float_spec(const Spec &spec) {
+std::string float_spec(const Spec &spec, int precision) {
     std::string s = "%";
     if (spec.left) s += '-';
     if (spec.plus) s += '+';
     if (spec.blank) s += ' ';
     if (spec.alt) s += '#';
-    if (spec.precision >= 0) s += "." + std::to_string(spec.precision);
+    if (precision >= 0) s += "." + std::to_string(precision);
     if (spec.size == Size::L) s += 'L';
     s += static_cast<char>(spec.conversion);
     return s;
@@ -191,7 +197,9 @@ std::string float_spec(const Spec &spec) {
 
 template <typename Float>
 bool emit_float(Sink &sink, const Spec &spec, Float value) {
-    const std::string nspec = float_spec(spec);
+    const bool finite = std::isfinite(value);
+    const int precision = std::min(spec.precision, kExactPrecision);
+    const std::string nspec = float_spec(spec, precision);
     const int n = std::snprintf(nullptr, 0, nspec.c_str(), value);
     if (n < 0) return false;
     std::string narrow(static_cast<std::size_t>(n) + 1, '\0');
@@ -199,21 +207,33 @@ bool emit_float(Sink &sink, const Spec &spec, Float value) {
     narrow.resize(static_cast<std::size_t>(n));
     const std::u16string text = nqplat::utf8_to_utf16(narrow);
 
-    const std::size_t length = text.size();
-    if (spec.width <= length || spec.left || !spec.zero || !std::isfinite(value)) {
-        pad_left(sink, spec, length);
-        sink.write(text.data(), length);
-        pad_right(sink, spec, length);
-        return true;
+    // The zeros of a precision beyond the exact one go before the exponent, if any. %g drops
+    // trailing zeros unless '#' keeps them.
+    std::size_t extra = 0, extra_at = text.size();
+    const wchar c = spec.conversion;
+    if (finite && spec.precision > precision && ((c != u'g' && c != u'G') || spec.alt)) {
+        extra = static_cast<std::size_t>(spec.precision - precision);
+        const std::size_t exponent = text.find_last_of(c == u'a' || c == u'A' ? u"pP" : u"eE");
+        if (exponent != std::u16string::npos) extra_at = exponent;
     }
-    // Zero padding goes after the sign and, for %a, after the "0x".
-    std::size_t head = 0;
-    if (head < length && (text[head] == u'-' || text[head] == u'+' || text[head] == u' ')) ++head;
-    if (head + 1 < length && text[head] == u'0' && (text[head + 1] == u'x' || text[head + 1] == u'X'))
-        head += 2;
+
+    const std::size_t length = text.size() + extra;
+    std::size_t head = 0;  // where zero padding goes: after the sign and, for %a, the "0x"
+    std::size_t zeros = 0;
+    if (spec.width > length && !spec.left && spec.zero && finite) {
+        if (head < text.size() && (text[head] == u'-' || text[head] == u'+' || text[head] == u' ')) ++head;
+        if (head + 1 < text.size() && text[head] == u'0' && (text[head + 1] == u'x' || text[head + 1] == u'X'))
+            head += 2;
+        zeros = spec.width - length;
+    } else {
+        pad_left(sink, spec, length);
+    }
     sink.write(text.data(), head);
-    sink.fill(u'0', spec.width - length);
-    sink.write(text.data() + head, length - head);
+    sink.fill(u'0', zeros);
+    sink.write(text.data() + head, extra_at - head);
+    sink.fill(u'0', extra);
+    sink.write(text.data() + extra_at, text.size() - extra_at);
+    pad_right(sink, spec, length);
     return true;
 }
 

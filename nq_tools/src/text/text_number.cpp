@@ -29,6 +29,8 @@ std::string ascii_run(const wchar *s) {
 
 }  // namespace
 
+// The runtime's long is 32 bits wide on the platform whose behaviour the families keep, so
+// the value saturates at the 32-bit limits (with ERANGE), and toi is the same number.
 long tol(const wchar *s) {
     if (!s) return 0;
     s = skip_blanks(s);
@@ -37,28 +39,20 @@ long tol(const wchar *s) {
         negative = *s == u'-';
         ++s;
     }
-    // The magnitude is gathered unsigned so that LONG_MIN itself does not overflow.
-    const unsigned long limit =
-        negative ? static_cast<unsigned long>(LONG_MAX) + 1UL : static_cast<unsigned long>(LONG_MAX);
+    const unsigned long limit = negative ? 2147483648UL : 2147483647UL;
     unsigned long magnitude = 0;
     bool overflow = false;
     for (; *s >= u'0' && *s <= u'9'; ++s) {
-        const unsigned long digit = *s - u'0';
-        if (overflow || magnitude > (limit - digit) / 10) {
-            overflow = true;  // keep reading the digits; the result saturates
-            continue;
+        magnitude = magnitude * 10 + static_cast<unsigned long>(*s - u'0');
+        if (magnitude > limit) {
+            overflow = true;
+            magnitude = limit;  // keep reading the digits; the result saturates
         }
-        magnitude = magnitude * 10 + digit;
     }
-    if (overflow) {
-        errno = ERANGE;
-        return negative ? LONG_MIN : LONG_MAX;
-    }
-    if (negative) return magnitude == limit ? LONG_MIN : -static_cast<long>(magnitude);
-    return static_cast<long>(magnitude);
+    if (overflow) errno = ERANGE;
+    return negative ? -static_cast<long>(magnitude) : static_cast<long>(magnitude);
 }
 
-// The int of the long value: text past the int range wraps modulo 2^32.
 int toi(const wchar *s) { return static_cast<int>(tol(s)); }
 
 long tol_end(const wchar *s, const wchar **end, int base) {

@@ -26,6 +26,9 @@ private:
 
 constexpr wchar kCanary = 0xABCD;
 
+// A token as a string, so that a missing one fails the comparison instead of the test.
+std::u16string text_of(const wchar *token) { return token ? std::u16string(token) : u"<null>"; }
+
 TEST(TextLen, CountsUnitsUpToTheTerminator) {
     EXPECT_EQ(nqt::len(u""), 0u);
     EXPECT_EQ(nqt::len(u"abc"), 3u);
@@ -263,9 +266,9 @@ TEST(TextTok, WritesTerminatorsIntoTheText) {
 
 TEST(TextTok, DelimitersMayChangeBetweenCalls) {
     wchar buf[] = u"a,b;c,d";
-    EXPECT_EQ(std::u16string(nqt::tok(buf, u",")), u"a");
-    EXPECT_EQ(std::u16string(nqt::tok(nullptr, u";")), u"b");
-    EXPECT_EQ(std::u16string(nqt::tok(nullptr, u"")), u"c,d");
+    EXPECT_EQ(text_of(nqt::tok(buf, u",")), u"a");
+    EXPECT_EQ(text_of(nqt::tok(nullptr, u";")), u"b");
+    EXPECT_EQ(text_of(nqt::tok(nullptr, u"")), u"c,d");
     EXPECT_EQ(nqt::tok(nullptr, u","), nullptr);
 }
 
@@ -279,32 +282,31 @@ TEST(TextTok, OnlyDelimitersOrEmptyTextGiveNoToken) {
 
 TEST(TextTok, NewTextRestartsAndNullDelimitersTakeTheWholeText) {
     wchar first[] = u"a b c";
-    EXPECT_EQ(std::u16string(nqt::tok(first, u" ")), u"a");
+    EXPECT_EQ(text_of(nqt::tok(first, u" ")), u"a");
     wchar second[] = u"x y";
-    EXPECT_EQ(std::u16string(nqt::tok(second, u" ")), u"x");
-    EXPECT_EQ(std::u16string(nqt::tok(nullptr, u" ")), u"y");
+    EXPECT_EQ(text_of(nqt::tok(second, u" ")), u"x");
+    EXPECT_EQ(text_of(nqt::tok(nullptr, u" ")), u"y");
     wchar whole[] = u"p q";
-    EXPECT_EQ(std::u16string(nqt::tok(whole, nullptr)), u"p q");
+    EXPECT_EQ(text_of(nqt::tok(whole, nullptr)), u"p q");
     EXPECT_EQ(nqt::tok(nullptr, nullptr), nullptr);
 }
 
 TEST(TextTok, EachThreadHasItsOwnState) {
     wchar buf[] = u"one two three";
-    EXPECT_EQ(std::u16string(nqt::tok(buf, u" ")), u"one");
-    wchar *other_first = reinterpret_cast<wchar *>(1);
-    wchar *other_next = reinterpret_cast<wchar *>(1);
+    EXPECT_EQ(text_of(nqt::tok(buf, u" ")), u"one");
+    bool fresh_state_was_empty = false;
+    std::u16string second_in_thread;
     std::thread worker([&] {
-        other_first = nqt::tok(nullptr, u" ");  // nothing started in this thread
+        fresh_state_was_empty = nqt::tok(nullptr, u" ") == nullptr;  // nothing started here yet
         wchar local[] = u"x y";
         nqt::tok(local, u" ");
-        other_next = nqt::tok(nullptr, u" ");
-        EXPECT_EQ(std::u16string(other_next), u"y");
-        other_next = nullptr;  // local goes away with the thread
+        second_in_thread = text_of(nqt::tok(nullptr, u" "));
     });
     worker.join();
-    EXPECT_EQ(other_first, nullptr);
-    EXPECT_EQ(std::u16string(nqt::tok(nullptr, u" ")), u"two");
-    EXPECT_EQ(std::u16string(nqt::tok(nullptr, u" ")), u"three");
+    EXPECT_TRUE(fresh_state_was_empty);
+    EXPECT_EQ(second_in_thread, u"y");
+    EXPECT_EQ(text_of(nqt::tok(nullptr, u" ")), u"two");
+    EXPECT_EQ(text_of(nqt::tok(nullptr, u" ")), u"three");
     EXPECT_EQ(nqt::tok(nullptr, u" "), nullptr);
 }
 
@@ -313,22 +315,22 @@ TEST(TextTokR, InterleavedSplitsKeepSeparateStates) {
     wchar b[] = u"x;y";
     wchar *sa = nullptr;
     wchar *sb = nullptr;
-    EXPECT_EQ(std::u16string(nqt::tok_r(a, u",", &sa)), u"1");
-    EXPECT_EQ(std::u16string(nqt::tok_r(b, u";", &sb)), u"x");
-    EXPECT_EQ(std::u16string(nqt::tok_r(nullptr, u",", &sa)), u"2");
-    EXPECT_EQ(std::u16string(nqt::tok_r(nullptr, u";", &sb)), u"y");
-    EXPECT_EQ(std::u16string(nqt::tok_r(nullptr, u",", &sa)), u"3");
+    EXPECT_EQ(text_of(nqt::tok_r(a, u",", &sa)), u"1");
+    EXPECT_EQ(text_of(nqt::tok_r(b, u";", &sb)), u"x");
+    EXPECT_EQ(text_of(nqt::tok_r(nullptr, u",", &sa)), u"2");
+    EXPECT_EQ(text_of(nqt::tok_r(nullptr, u";", &sb)), u"y");
+    EXPECT_EQ(text_of(nqt::tok_r(nullptr, u",", &sa)), u"3");
     EXPECT_EQ(nqt::tok_r(nullptr, u";", &sb), nullptr);
     EXPECT_EQ(nqt::tok_r(nullptr, u",", &sa), nullptr);
 }
 
 TEST(TextTokR, DoesNotTouchTheHiddenState) {
     wchar hidden[] = u"h1 h2";
-    EXPECT_EQ(std::u16string(nqt::tok(hidden, u" ")), u"h1");
+    EXPECT_EQ(text_of(nqt::tok(hidden, u" ")), u"h1");
     wchar mine[] = u"m1 m2";
     wchar *state = nullptr;
     nqt::tok_r(mine, u" ", &state);
-    EXPECT_EQ(std::u16string(nqt::tok(nullptr, u" ")), u"h2");
+    EXPECT_EQ(text_of(nqt::tok(nullptr, u" ")), u"h2");
 }
 
 TEST(TextTokR, NullStateOrNoTextGivesNull) {

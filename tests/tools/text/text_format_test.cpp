@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -205,6 +206,33 @@ TEST(TextFormat, FloatWidthsBeyondTheBufferAreCountedNotStored) {
     EXPECT_EQ(std::u16string(buf), u"       ");
     EXPECT_EQ(nqt::format(buf, 8, u"%-1000000f", 1.0), 1000000);
     EXPECT_EQ(std::u16string(buf), u"1.00000");
+}
+
+TEST(TextFormat, PrecisionsBeyondTheExactDigitsMatchTheCLibrary) {
+    const char *const formats[] = {"%.20005f", "%.20005e", "%.20005E", "%#.20005g", "%.20005g",
+                                   "%.20005a", "%+.20010f", "%20020.20005f", "%020020.20005e",
+                                   "%-20020.20005f|", "%#.20005G", "%020020.20005A"};
+    const double values[] = {1.5, -2.0 / 3.0, 4.9e-324, 1e300, 0.0, 1e-7, HUGE_VAL, NAN};
+    for (const char *fmt : formats) {
+        for (const double v : values) expect_same_as_c(fmt, v);
+    }
+    const long double tiny = std::numeric_limits<long double>::denorm_min();
+    for (const char *fmt : {"%.20005Le", "%.20005Lf", "%#.20005Lg", "%.20005La", "%.20003Lg"}) {
+        expect_same_as_c(fmt, tiny);
+        expect_same_as_c(fmt, -LDBL_MAX);
+    }
+}
+
+TEST(TextFormat, HugeFloatPrecisionIsCountedNotStored) {
+    wchar buf[8];
+    EXPECT_EQ(nqt::format(buf, 8, u"%.100000000f", 1.0), 100000002);
+    EXPECT_EQ(std::u16string(buf), u"1.00000");
+    EXPECT_EQ(nqt::format(buf, 8, u"%.100000000e", -1.0), 100000007);
+    EXPECT_EQ(std::u16string(buf), u"-1.0000");
+    EXPECT_EQ(nqt::format(buf, 8, u"%.2147483647f", 1.0), -1);
+    EXPECT_EQ(nqt::format(buf, 8, u"%.2147483647Lf", 1.0L), -1);
+    EXPECT_EQ(nqt::format(buf, 8, u"%.2147483647g", 0.5), 3);  // %g drops the zeros
+    EXPECT_EQ(std::u16string(buf), u"0.5");
 }
 
 // ---- strings and characters ------------------------------------------------------------
