@@ -65,8 +65,8 @@ NQ_API StrList *nq_Env_split(const nq_wchar *text);
  * a removal gives 1 if the alias existed, else 0. */
 NQ_API int nq_Alias_put(const nq_wchar *name, const nq_wchar *value);
 NQ_API int nq_Alias_del(const nq_wchar *name);
-/* The alias's value, at most limit characters, in output (emptied first): 1 if found, -2 if
- * not, 0 before the first alias is put. */
+/* The alias's value, at most limit characters, in output (emptied first): the field list's
+ * answer, 1 if found, -2 if not. */
 NQ_API int nq_Alias_get(nq_wchar *output, const nq_wchar *name, int limit);
 /* Puts every field of the list as an alias (its value as text, limit 512). 1; 0 for null. */
 NQ_API int nq_Alias_putFromFldList(FldList *list);

@@ -44,13 +44,13 @@ std::size_t alias_expand(nq_wchar *out, std::size_t capacity, const nq_wchar *te
     const nq_wchar *p = text;
     for (;;) {
         const nq_wchar *open = nqt::chr(p, u'%');
-        if (!*open) {
+        if (!open) {
             output.put(p);
             break;
         }
         output.put(p, static_cast<std::size_t>(open - p));
         const nq_wchar *close = nqt::chr(open + 1, u'%');
-        if (!*close) break;  // no closing sign: the name is dropped and the scan ends
+        if (!close) break;  // no closing sign: the name is dropped and the scan ends
         const std::size_t length = static_cast<std::size_t>(close - open - 1);
         nq_wchar value[kAliasValueLimit + 1];
         bool found = false;

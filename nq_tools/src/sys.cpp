@@ -169,7 +169,8 @@ NQ_API nq_wchar *nq_Sys_getTempName(nq_wchar *output, const nq_wchar *name) {
 NQ_API nq_wchar *nq_Sys_getVersionBinName(nq_wchar *output, const nq_wchar *name, int check) {
     const std::u16string plain = bin_dir() + (name ? name : u"");
     std::u16string result = plain;
-    if (const nq_wchar *version = nq_Env_getSes(u"ACADVER")) {
+    if (const nq_wchar *found = nq_Env_getSes(u"ACADVER")) {
+        const std::u16string version = found;  // the session's buffer is shared with other lookups
         const std::u16string versioned = folder(bin_dir() + version) + (name ? name : u"");
         result = !check || exists(versioned) ? versioned : plain;
     }

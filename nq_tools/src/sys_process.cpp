@@ -109,7 +109,9 @@ NQ_API int nq_Sys_createProcess_addLDPath(const nq_wchar *command, const nq_wcha
     // The folder plus "bin" exactly as the product's path is written (a path without its
     // trailing backslash gives a folder that does not exist), in front of the old value.
     const std::u16string bin = product + u"bin\\";
-    const std::string longer = nqplat::os_path(bin.c_str()) + ":" + old_path;
+    std::string folder = nqplat::os_path(bin.c_str());
+    if (folder.size() > 1 && folder.back() == '/') folder.pop_back();
+    const std::string longer = folder + ":" + old_path;
     return create_process(command, nullptr, arguments, wait, error, errorSize, nullptr, &longer);
 }
 
