@@ -26,14 +26,6 @@ nq_wchar g_value[kValueSize];
 nq_wchar *g_last_value = nullptr;   // the last result handed out
 nq_wchar g_suffix[16];
 
-std::u16string trimmed(const nq_wchar *s) {
-    std::u16string out(s ? s : u"");
-    std::size_t begin = 0, end = out.size();
-    while (begin < end && nqt::isspace(out[begin])) ++begin;
-    while (end > begin && nqt::isspace(out[end - 1])) --end;
-    return out.substr(begin, end - begin);
-}
-
 const nq::IniFile::Group *cached_group(const nq_wchar *file, const nq_wchar *group) {
     if (!file || !group) return nullptr;
     const nq::IniFile *f = nq::IniCache::instance().file(file, false);
@@ -153,7 +145,7 @@ NQ_API nq_wchar *nq_Ini_getValue(const nq_wchar *file, const nq_wchar *group, co
                                  int expand, int limit) {
     g_value[0] = 0;
     const nq::IniFile::Group *g = cached_group(file, group);
-    const nq::IniFile::Variable *v = g && variable ? g->find(trimmed(variable)) : nullptr;
+    const nq::IniFile::Variable *v = g && variable ? g->find(variable) : nullptr;
     if (!v || !prepare_value(v->value, expand != 0, limit, g_value, kValueSize)) return nullptr;
     g_last_value = g_value;
     return g_last_value;

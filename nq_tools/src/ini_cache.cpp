@@ -92,6 +92,8 @@ IniCache *g_cache = nullptr;
 }  // namespace
 
 std::u16string ini_key(std::u16string_view name) {
+    while (!name.empty() && nqt::isspace(name.front())) name.remove_prefix(1);
+    while (!name.empty() && nqt::isspace(name.back())) name.remove_suffix(1);
     std::u16string key(name);
     for (char16_t &c : key) c = nqt::toupper(c);
     return key;
@@ -168,7 +170,7 @@ void IniFile::parse(std::string_view bytes) {
 }
 
 const IniFile::Group *IniFile::group(std::u16string_view name) const {
-    const auto it = by_name_.find(ini_key(trimmed(name)));
+    const auto it = by_name_.find(ini_key(name));
     return it == by_name_.end() ? nullptr : it->second;
 }
 
@@ -334,7 +336,7 @@ void IniCache::release() {
 
 IniFile *IniCache::file(const nq_wchar *name, bool create) {
     if (!name || !name[0]) return nullptr;
-    const std::u16string library_name(name);
+    const std::u16string_view library_name(name);
     if (const auto known = by_name_.find(library_name); known != by_name_.end()) return known->second;
 
     const std::string path = identity(name);
@@ -343,7 +345,7 @@ IniFile *IniCache::file(const nq_wchar *name, bool create) {
     if (const auto it = files_.find(path); it != files_.end()) {
         file = it->second.get();
     } else {
-        auto fresh = std::make_unique<IniFile>(path, library_name);
+        auto fresh = std::make_unique<IniFile>(path, std::u16string(library_name));
         if (!fresh->load() && !create) return nullptr;
         file = fresh.get();
         files_.emplace(path, std::move(fresh));
@@ -362,7 +364,7 @@ bool IniCache::reload(const nq_wchar *name) {
         std::erase(order_, old);
         files_.erase(it);
     }
-    by_name_.erase(std::u16string(name));
+    if (const auto known = by_name_.find(std::u16string_view(name)); known != by_name_.end()) by_name_.erase(known);
     return file(name, false) != nullptr;
 }
 

@@ -9,6 +9,7 @@
 #pragma once
 
 #include <cstdio>
+#include <functional>
 #include <list>
 #include <memory>
 #include <string>
@@ -99,10 +100,15 @@ public:
 private:
     std::unordered_map<std::string, std::unique_ptr<IniFile>> files_;  // by Linux path
     std::vector<IniFile *> order_;
-    std::unordered_map<std::u16string, IniFile *> by_name_;            // library names seen
+    // Library names seen, looked up without making a string of the name.
+    struct NameHash {
+        using is_transparent = void;
+        std::size_t operator()(std::u16string_view name) const { return std::hash<std::u16string_view>{}(name); }
+    };
+    std::unordered_map<std::u16string, IniFile *, NameHash, std::equal_to<>> by_name_;
 };
 
-// The upper case of a name, the key of every lookup.
+// The upper case of a name without blanks at either end, the key of every lookup.
 std::u16string ini_key(std::u16string_view name);
 
 }  // namespace nq
