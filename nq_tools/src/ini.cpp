@@ -318,10 +318,16 @@ NQ_API int nq_Ini_setGroupItems(const nq_wchar *file, const nq_wchar *group, Fld
     folder.resize(nqt::len(folder.c_str()));
     const std::u16string temporary = folder + u"nq_tmp.ini";
 
+    std::FILE *in = nqplat::fopen(file, "r");
+    // A file that is there but cannot be read is not replaced by one group alone.
+    if (!in && nq_File_hasAccess(file, 0)) return 0;
     std::FILE *out = nqplat::fopen(temporary.c_str(), "w");
-    if (!out) return 0;
+    if (!out) {
+        if (in) std::fclose(in);
+        return 0;
+    }
     bool found = false;
-    if (std::FILE *in = nqplat::fopen(file, "r")) {
+    if (in) {
         nq_wchar line[kLineSize];
         while (nq_File_readLine(in, line, kLineSize - 1)) {
             nqt::fprint(out, u"%s\n", line);

@@ -112,11 +112,16 @@ bool IniFile::load() {
     by_name_.clear();
     crlf_ = false;
     final_line_end_ = true;
+    unreadable_ = false;
     const int fd = ::open(path_.c_str(), O_RDONLY | O_CLOEXEC);
-    if (fd < 0) return false;
+    if (fd < 0) {
+        unreadable_ = errno != ENOENT;
+        return false;
+    }
     struct stat st;
     if (::fstat(fd, &st) != 0 || !S_ISREG(st.st_mode)) {
         ::close(fd);
+        unreadable_ = true;
         return false;
     }
     std::string bytes;
@@ -127,6 +132,7 @@ bool IniFile::load() {
         if (got < 0 && errno == EINTR) continue;
         if (got < 0) {
             ::close(fd);
+            unreadable_ = true;
             return false;
         }
         if (got == 0) break;
@@ -284,6 +290,7 @@ bool IniFile::remove_group(std::u16string_view group_name) {
 }
 
 bool IniFile::write() {
+    if (unreadable_) return false;
     std::string bytes;
     const char *eol = crlf_ ? "\r\n" : "\n";
     for (auto it = lines_.begin(); it != lines_.end(); ++it) {

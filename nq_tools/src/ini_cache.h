@@ -51,7 +51,9 @@ public:
 
     IniFile(std::string os_path, std::u16string name) : path_(std::move(os_path)), name_(std::move(name)) {}
 
-    // Reads the file; false (and empty) when it cannot be read as a regular file.
+    // Reads the file; false (and empty) when it cannot be read as a regular file. A file that
+    // is there but cannot be read (no permission, a folder) refuses every change, so that a
+    // write never replaces content it has not seen.
     bool load();
     const std::u16string &name() const { return name_; }
     const std::vector<std::unique_ptr<Group>> &groups() const { return groups_; }
@@ -79,6 +81,7 @@ private:
     LineList lines_;
     std::vector<std::unique_ptr<Group>> groups_;
     std::unordered_map<std::u16string, Group *> by_name_;
+    bool unreadable_ = false;      // the file is there but could not be read: never overwrite it
     bool crlf_ = false;            // lines end in CR LF
     bool final_line_end_ = true;   // the last line has its line end
 };

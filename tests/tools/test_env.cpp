@@ -152,6 +152,16 @@ TEST_F(Env, FolderInPlaceOfNqIniFails) {
     EXPECT_NE(nq_Env_setIni(u"GENERAL", u"WK", u"x"), 0);
 }
 
+TEST_F(Env, UnreadableNqIniGivesNothing) {
+    write_ini("[GENERAL]\nWK=x\n");
+    ::chmod(dir_.path().c_str(), 0777);
+    ::chmod(ini_path().c_str(), 0);
+    EXPECT_TRUE(nqct::as_unprivileged([] {
+        return nq_Env_getIni(u"GENERAL", u"WK") == nullptr && nq_Env_getIniGroup(u"GENERAL") == nullptr &&
+               nq_Env_setIni(u"GENERAL", u"WK", u"y") != 0;
+    }));
+}
+
 TEST_F(Env, WithoutNqCfgDirNqIniIsInTheCurrentFolder) {
     nqct::ScopedEnv no_cfg("NQ_CFG_DIR", nullptr);
     char old[4096];

@@ -331,6 +331,17 @@ TEST_F(Ini, UnreadableFileIsMissing) {
     }));
 }
 
+TEST_F(Ini, WriteOnlyFileIsNeverOverwrittenUnseen) {
+    const auto f = file("[G]\nv=1\n; much more\n");
+    ::chmod(dir_.path().c_str(), 0777);
+    ::chmod(path("t.ini").c_str(), 0222);
+    EXPECT_TRUE(nqct::as_unprivileged([&] {
+        return nq_Ini_set(f.c_str(), u"G", u"w", u"2") != 0 && nq_Ini_addGroup(f.c_str(), u"H") == 0 &&
+               nq_Ini_get(f.c_str(), u"G", u"w") == nullptr;
+    }));
+    EXPECT_EQ(read("t.ini"), "[G]\nv=1\n; much more\n");
+}
+
 TEST_F(Ini, SetGroupOfAReadOnlyFileSetsNothing) {
     const auto f = file("[G]\nv=1\n");
     ::chmod(dir_.path().c_str(), 0777);
@@ -678,6 +689,20 @@ TEST_F(Ini, SetGroupItemsMakesAMissingFileWithTheOneGroup) {
     EXPECT_EQ(read("empty.ini"), "[E]\n\n");
     EXPECT_EQ(nq_Ini_setGroupItems(lib("x.ini").c_str(), nullptr, list), 0);
     EXPECT_EQ(nq_Ini_setGroupItems(lib("no/folder/x.ini").c_str(), u"G", list), 0);
+    nq_FldList_destroy(list);
+}
+
+TEST_F(Ini, SetGroupItemsNeverReplacesAFileItCannotRead) {
+    const auto f = file("[G]\nv=1\n");
+    ::chmod(dir_.path().c_str(), 0777);
+    ::chmod(path("t.ini").c_str(), 0222);
+    FldList *list = nq_FldList_create(nullptr);
+    nq_FldList_appChar(list, u"k", u"v");
+    EXPECT_TRUE(nqct::as_unprivileged([&] { return nq_Ini_setGroupItems(f.c_str(), u"H", list) == 0; }));
+    EXPECT_EQ(read("t.ini"), "[G]\nv=1\n");
+    EXPECT_FALSE(nqtest::file_exists(path("nq_tmp.ini")));
+    ASSERT_EQ(::mkdir(path("folder.ini").c_str(), 0755), 0);
+    EXPECT_EQ(nq_Ini_setGroupItems(lib("folder.ini").c_str(), u"H", list), 0);
     nq_FldList_destroy(list);
 }
 
