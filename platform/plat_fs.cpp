@@ -119,6 +119,12 @@ int rename(const char16_t *from, const char16_t *to) {
     return ::rename(source.c_str(), target.c_str()) == 0 ? 0 : -1;
 }
 
+bool same_file(const char16_t *a, const char16_t *b) {
+    struct stat sa, sb;
+    return stat_path(fs_path(a), sa) && stat_path(fs_path(b), sb) && sa.st_dev == sb.st_dev &&
+           sa.st_ino == sb.st_ino;
+}
+
 int unlink(const char16_t *name) {
     const std::string path = fs_path(name);
     struct stat st;

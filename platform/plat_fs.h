@@ -41,6 +41,8 @@ bool modification_time(const char16_t *name, int64_t *seconds);
 int set_times(const char16_t *name, int64_t seconds);
 // _wrename: never replaces an existing destination. 0 or -1.
 int rename(const char16_t *from, const char16_t *to);
+// Both names are one file on the disk (the same file under two spellings or links).
+bool same_file(const char16_t *a, const char16_t *b);
 // _wunlink: files only, not read-only ones. 0 or -1.
 int unlink(const char16_t *name);
 int mkdir(const char16_t *name);

@@ -82,8 +82,9 @@ NQ_API int nq_File_create(const nq_wchar *name) {
 
 NQ_API int nq_File_move(const nq_wchar *source, const nq_wchar *dest) {
     if (empty_name(source) || empty_name(dest)) return -1;
-    // The destination goes first, whether or not the rename will work.
-    nqplat::unlink(dest);
+    // The destination goes first, whether or not the rename will work; but not when it is
+    // the source itself under another spelling, which is a rename of its case.
+    if (!nqplat::same_file(source, dest)) nqplat::unlink(dest);
     const int result = nqplat::rename(source, dest);
     nq_File_revalidate(source);
     nq_File_revalidate(dest);

@@ -2,6 +2,7 @@
 // duplicates, delimited strings, grouped IN lists and the trace frame.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <functional>
 #include <string>
 #include <vector>
@@ -479,4 +480,20 @@ TEST(StrListTrace, NothingBelowLevelThreeOrWithoutTheBit) {
     nq_Diag_disable();
     EXPECT_EQ(trace([&] { nq_StrList_insStart(list, u"b"); }, NQ_DIAG_LNKLIST).find("StrList"),
               std::string::npos);
+}
+
+// A fresh process: the static read slot is null until the first string is read.
+TEST(StrListDeathTest, GetCurrIsNullUntilAStringIsRead) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");  // re-executed, so no earlier read counts
+    EXPECT_EXIT(
+        {
+            StrList *list = nq_StrList_create(nullptr);
+            bool ok = nq_StrList_getCurr(list) == nullptr && nq_StrList_getCurrPtr(list) == nullptr;
+            nq_StrList_insEnd(list, u"first");
+            ok = ok && nq_StrList_getCurr(list) == nullptr;  // the cursor is still off the list
+            nq_StrList_start(list);
+            ok = ok && S(nq_StrList_getCurr(list)) == u"first";
+            std::_Exit(ok ? 0 : 1);
+        },
+        ::testing::ExitedWithCode(0), "");
 }
