@@ -111,7 +111,7 @@ NQ_API FldNode *nq_FldList_newUnknown(const nq_wchar *name);
 NQ_API FldNode *nq_FldList_newVector(const nq_wchar *name, const Vector *value);
 
 /* Appending without looking at the names: 1, -4 when the node cannot be made, 0 for a null
- * list (a List or StrList value then stays the caller's). */
+ * list. When the result is not 1, a List or StrList value stays the caller's. */
 NQ_API int nq_FldList_appChar(FldList *list, const nq_wchar *name, const nq_wchar *value);
 NQ_API int nq_FldList_appDpoint(FldList *list, const nq_wchar *name, const Point *value);
 NQ_API int nq_FldList_appHandle(FldList *list, const nq_wchar *name, const nq_wchar *value);

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
-#include <regex>
 #include <string>
 
 #include "nq_tls20an.h"
@@ -15,6 +14,22 @@ using u16 = std::u16string;
 
 u16 S(const nq_wchar *p) { return p ? u16(p) : u16(u"<null>"); }
 std::u16string W(const std::string &s) { return std::u16string(s.begin(), s.end()); }
+
+// Line numbers of the log depend on the source: each "(digits)" becomes "(N)".
+std::string WithoutLineNumbers(const std::string &log) {
+    std::string out;
+    for (std::size_t i = 0; i < log.size(); ++i) {
+        std::size_t j = i + 1;
+        while (log[i] == '(' && j < log.size() && log[j] >= '0' && log[j] <= '9') ++j;
+        if (log[i] == '(' && j > i + 1 && j < log.size() && log[j] == ')') {
+            out += "(N)";
+            i = j;
+        } else {
+            out += log[i];
+        }
+    }
+    return out;
+}
 
 DbFldNode *Nth(DbFldList *list, int index) {
     return static_cast<DbFldNode *>(nq_LnkList_getNthSavePos(list, index));
@@ -105,7 +120,7 @@ TEST(DbFldNode_, TracesEnteringOnlyUnderBit512) {
     nq_DbFldNode_destroy(nq_DbFldNode_new(u"a", u"b", 1, 0, u'C'));
     nq_Diag_disable();
     nq_Diag_setOutput(1, nullptr);
-    const std::string log = std::regex_replace(nqtest::read_file(path), std::regex("\\(\\d+\\)"), "(N)");
+    const std::string log = WithoutLineNumbers(nqtest::read_file(path));
     EXPECT_EQ(log,
               "dbfld.cpp (N) Entering nq_DbFldNode_new.\n"
               "dbfld.cpp (N) Entering nq_StrListNode_destroy.\n");
@@ -397,7 +412,7 @@ TEST_F(DbFld, TemplateBuildsNodesFromGoodLinesAndSkipsTheRest) {
                            "NAME C030000\n"
                            "bad C01200\n"
                            "\n"
-                           "; comment line\n"
+                           "; remark\n"
                            "   \n"
                            "price n010002\n"
                            "LAST D008000");
@@ -416,6 +431,15 @@ TEST_F(DbFld, TemplateBuildsNodesFromGoodLinesAndSkipsTheRest) {
     nq_DbFldList_destroy(t);
 }
 
+TEST_F(DbFld, TemplatesKnowNoCommentsOnlyTheShapeOfALine) {
+    DbFldList *t = nq_DbFldList_fromTemplate(Write("c.tpl", "; comment\n").c_str());
+    ASSERT_NE(t, nullptr);
+    EXPECT_EQ(S(Nth(t, 0)->name), u";");
+    EXPECT_EQ(Nth(t, 0)->type, u'C');
+    EXPECT_EQ(Nth(t, 0)->width, 0u);
+    nq_DbFldList_destroy(t);
+}
+
 TEST_F(DbFld, TemplateWithoutAGoodLineOrFileIsNull) {
     EXPECT_EQ(nq_DbFldList_fromTemplate(Write("empty.tpl", "").c_str()), nullptr);
     EXPECT_EQ(nq_DbFldList_fromTemplate(Write("bad.tpl", "NAME C01200\nX\n\n").c_str()), nullptr);
@@ -426,7 +450,10 @@ TEST_F(DbFld, TemplateWithoutAGoodLineOrFileIsNull) {
 
 TEST_F(DbFld, TemplateOfBinaryJunkAndOverlongLines) {
     std::string junk;
-    for (int i = 0; i < 4096; ++i) junk += char((i * 37 + 11) & 0xFF);
+    for (int i = 0; i < 4096; ++i) {
+        const char c = char((i * 37 + 11) & 0xFF);
+        junk += c == ' ' ? '\x01' : c;  // without blanks no word is followed by a description
+    }
     EXPECT_EQ(nq_DbFldList_fromTemplate(Write("junk.tpl", junk).c_str()), nullptr);
     // A line longer than 256 characters is cut there and its rest dropped.
     const std::string longLine = std::string(300, 'L') + " C001000\n";
