@@ -21,5 +21,6 @@
 #include "nq_ini.h"
 #include "nq_env.h"
 #include "nq_sys.h"
+#include "nq_db.h"
 
 #endif

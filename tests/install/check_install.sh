@@ -31,4 +31,7 @@ LD_LIBRARY_PATH="$libdir" "$work/demo_pc" >/dev/null
 
 soname=$(objdump -p "$libdir/libnq_tls20an.so" | awk '/SONAME/ {print $2}')
 [[ "$soname" == libnq_tls20an.so.* ]] || { echo "unexpected SONAME: $soname"; exit 1; }
-echo "install: 2 passed, 0 failed"
+# Only the library's own names are exported.
+foreign=$(nm -D --defined-only "$libdir/libnq_tls20an.so" | awk '{print $3}' | grep -v -E '^(nq_|NQ_)' || true)
+[[ -z "$foreign" ]] || { echo "exported names outside the interface:"; echo "$foreign"; exit 1; }
+echo "install: 3 passed, 0 failed"
