@@ -17,7 +17,9 @@
 #include "nq_matrix.h"
 #include "nq_rotmatrix.h"
 #include "nq_fldlist.h"
-#include "nq_ini.h"
 #include "nq_dbfldlist.h"
+#include "nq_ini.h"
+#include "nq_env.h"
+#include "nq_sys.h"
 
 #endif
