@@ -17,6 +17,8 @@
  * table does not hold gives null: no translation either.
  *
  * Build: the target nq_example_translator; point NQ_TRANSLATOR at the shared object. */
+#define _POSIX_C_SOURCE 200809L /* getline */
+
 #include <stdint.h>
 #include <stdio.h>
 #include <stdlib.h>
