@@ -358,7 +358,11 @@ IniFile *IniCache::file(const nq_wchar *name, bool create) {
         files_.emplace(path, std::move(fresh));
         order_.push_back(file);
     }
-    by_name_.emplace(library_name, file);
+    // A relative name may mean another file after a change of folder, so only absolute
+    // names are remembered.
+    const bool absolute = library_name[0] == u'\\' || library_name[0] == u'/' ||
+                          (library_name.size() > 2 && library_name[1] == u':' && library_name[2] == u'\\');
+    if (absolute) by_name_.emplace(library_name, file);
     return file;
 }
 

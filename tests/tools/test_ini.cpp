@@ -1,6 +1,7 @@
 // The Ini family: reads through the cache, write-through changes that keep every other line,
 // group operations, the direct file operations, and damaged files.
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <cwctype>
@@ -136,6 +137,22 @@ TEST_F(Ini, OtherSpellingsOfTheSameFileShareOneEntry) {
     EXPECT_EQ(get(f, u"G", u"v"), u"2");
     const std::u16string linux_name = nqtt::W(path("t.ini"));
     EXPECT_EQ(get(linux_name, u"G", u"v"), u"2");
+}
+
+TEST_F(Ini, RelativeNameFollowsTheCurrentFolder) {
+    ASSERT_EQ(::mkdir(path("one").c_str(), 0755), 0);
+    ASSERT_EQ(::mkdir(path("two").c_str(), 0755), 0);
+    write("one/rel.ini", "[G]\nv=one\n");
+    write("two/rel.ini", "[G]\nv=two\n");
+    char old[4096];
+    ASSERT_NE(::getcwd(old, sizeof old), nullptr);
+    ASSERT_EQ(::chdir(path("one").c_str()), 0);
+    const std::u16string first = S(nq_Ini_get(u"rel.ini", u"G", u"v"));
+    ASSERT_EQ(::chdir(path("two").c_str()), 0);
+    const std::u16string second = S(nq_Ini_get(u"rel.ini", u"G", u"v"));
+    ASSERT_EQ(::chdir(old), 0);
+    EXPECT_EQ(first, u"one");
+    EXPECT_EQ(second, u"two");
 }
 
 TEST_F(Ini, ReloadOfAMissingFileYieldsZeroAndForgetsIt) {
