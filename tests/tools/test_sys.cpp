@@ -8,7 +8,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cwctype>
-#include <regex>
 #include <string>
 
 #include "config_test.h"
@@ -199,11 +198,12 @@ TEST_F(Sys, LibraryCarriesItsVersionInANote) {
     const std::string file = library_file();
     ASSERT_FALSE(file.empty());
     // The versioned file name of the build tells the project version.
-    std::smatch m;
-    ASSERT_TRUE(std::regex_search(file, m, std::regex("\\.so\\.(\\d+)\\.(\\d+)\\.(\\d+)$")));
+    const std::size_t so = file.rfind(".so.");
+    ASSERT_NE(so, std::string::npos);
+    int major = -1, minor = -1, patch = -1;
+    ASSERT_EQ(std::sscanf(file.c_str() + so, ".so.%d.%d.%d", &major, &minor, &patch), 3);
     char expected[32];
-    std::snprintf(expected, sizeof expected, "%02d.%02d.%02d.00", std::stoi(m[1]), std::stoi(m[2]),
-                  std::stoi(m[3]));
+    std::snprintf(expected, sizeof expected, "%02d.%02d.%02d.00", major, minor, patch);
     EXPECT_EQ(S(nq_Sys_getVersionNumber(nqtt::L(file).c_str())), nqtt::W(expected));
     // A copy under a name without a version still has it: it comes from the note.
     nqtest::write_file(path("copy.bin"), nqtest::read_file(file));
