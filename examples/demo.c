@@ -10,6 +10,11 @@ static int compare_numbers(void *a, void *b) {
     return x < y ? -1 : x > y ? 1 : 0;
 }
 
+/* Wide text to the console: this demo's texts are ASCII. */
+static void put_wide(const nq_wchar *text) {
+    for (; text && *text; ++text) putchar((int)*text);
+}
+
 static void print_list(const char *title, LnkList *list) {
     printf("%s:", title);
     for (nq_LnkList_start(list); !nq_LnkList_eol(list); nq_LnkList_next(list)) {
@@ -61,8 +66,39 @@ int main(void) {
     nq_wchar *name = nq_Str_dup(u"C:\\PLANT\\DATA\\PIPES.DBF");
     nq_Fname_rmvPath(name);
     printf("\nlast component of C:\\PLANT\\DATA\\PIPES.DBF: ");
-    for (const nq_wchar *c = name; *c; ++c) putchar((int)*c);
+    put_wide(name);
     printf("\n");
     nq_Free(name);
+
+    /* String functions: the single-pass wildcard match and tokens. */
+    printf("\"PIPE-0042\" matches \"PIPE-*\": %d, \"*abd\" matches \"abcabd\": %d\n",
+           nq_Str_matchWildcard(u"PIPE-0042", u"PIPE-*"), nq_Str_matchWildcard(u"abcabd", u"*abd"));
+    int position = -1;
+    printf("token 2 (counted from 0) of \"DN100;PN16;ST37\" is ");
+    put_wide(nq_Str_getNthToken(u"DN100;PN16;ST37", u";", 2, &position));
+    printf(" at index %d\n", position);
+
+    /* A typed field list, printed by the library. */
+    FldList *fields = nq_FldList_create(u"tag", 'C', u"P-101", u"size", 'I', 100, u"origin", 'P', 1.0, 2.0, 3.0,
+                                        (const nq_wchar *)NULL);
+    nq_FldList_appReal(fields, u"pressure", 16.5);
+    double pressure = 0.0;
+    nq_FldList_getReal(fields, u"PRESSURE", &pressure);
+    printf("\nfield list (names upper-cased, PRESSURE read back as %.1f):\n", pressure);
+    fflush(stdout);
+    nq_FldList_printList(fields);
+    fflush(stdout);
+    nq_FldList_destroy(fields);
+
+    /* A rotation of a quarter turn about Z applied to a point. */
+    RotMatrix *rotation = nq_RotMatrix_create();
+    Vector axis;
+    Point point;
+    nq_Vector_set(&axis, 0.0, 0.0, 1.0);
+    nq_Point_set(&point, 1.0, 0.0, 5.0);
+    nq_RotMatrix_fromRotAxisAndAngle(rotation, &axis, 3.141592653589793 / 2.0);
+    nq_RotMatrix_rotatePoint(&point, rotation);
+    printf("\n(1, 0, 5) turned a quarter about Z: (%.3f, %.3f, %.3f)\n", point.x + 0.0, point.y + 0.0, point.z);
+    nq_RotMatrix_destroy(rotation);
     return 0;
 }

@@ -18,7 +18,7 @@ namespace nqplat {
 
 namespace {
 
-thread_local uint32_t t_last_error = kErrNone;
+thread_local uint32_t t_last_error = kErrorNone;
 
 // What each open handle was granted and the ranges locked through it. The kernel merges
 // and splits the ranges of one open file description freely; the engine expects a handle
@@ -38,20 +38,20 @@ struct {
 
 uint32_t error_from_errno(int error, bool creating) {
     switch (error) {
-        case ENOENT: return creating ? kErrPathNotFound : kErrFileNotFound;
-        case ENOTDIR: return kErrPathNotFound;
-        case EEXIST: return kErrFileExists;
+        case ENOENT: return creating ? kErrorPathNotFound : kErrorFileNotFound;
+        case ENOTDIR: return kErrorPathNotFound;
+        case EEXIST: return kErrorFileExists;
         case EACCES:
         case EPERM:
         case EROFS:
         case EISDIR:
-        case ETXTBSY: return kErrAccessDenied;
-        case EBADF: return kErrInvalidHandle;
+        case ETXTBSY: return kErrorAccessDenied;
+        case EBADF: return kErrorInvalidHandle;
         case ENOSPC:
         case EDQUOT:
-        case EFBIG: return kErrDiskFull;
-        case EINVAL: return kErrInvalidParameter;
-        default: return kErrIo;
+        case EFBIG: return kErrorDiskFull;
+        case EINVAL: return kErrorInvalidParameter;
+        default: return kErrorIo;
     }
 }
 
@@ -90,12 +90,12 @@ bool lock_refused(int error) { return error == EAGAIN || error == EACCES; }
 
 int file_open(const char *name, uint32_t access, uint32_t share, uint32_t disposition) {
     if (!name || !*name) {
-        t_last_error = kErrFileNotFound;
+        t_last_error = kErrorFileNotFound;
         return -1;
     }
     const std::string path = os_path_bytes(name);
     if (path.empty()) {
-        t_last_error = kErrFileNotFound;
+        t_last_error = kErrorFileNotFound;
         return -1;
     }
     int flags = O_CLOEXEC;
@@ -104,7 +104,7 @@ int file_open(const char *name, uint32_t access, uint32_t share, uint32_t dispos
         case kCreateNew: flags |= O_CREAT | O_EXCL; creating = true; break;
         case kCreateAlways: flags |= O_CREAT; creating = true; break;
         case kOpenExisting: break;
-        default: t_last_error = kErrInvalidParameter; return -1;
+        default: t_last_error = kErrorInvalidParameter; return -1;
     }
     const bool want_write = (access & kFileWrite) != 0;
     const bool exclusive = share == kShareNone;
@@ -128,7 +128,7 @@ int file_open(const char *name, uint32_t access, uint32_t share, uint32_t dispos
     struct stat st;
     if (::fstat(fd, &st) != 0 || S_ISDIR(st.st_mode)) {
         ::close(fd);
-        t_last_error = kErrAccessDenied;
+        t_last_error = kErrorAccessDenied;
         return -1;
     }
     const int mode = ::fcntl(fd, F_GETFL) & O_ACCMODE;
@@ -140,7 +140,7 @@ int file_open(const char *name, uint32_t access, uint32_t share, uint32_t dispos
     const int locked = ofd_lock(fd, share_type, kShareLockOffset, 1);
     if (locked != 0 && locked != EINVAL && locked != ENOLCK) {
         ::close(fd);
-        t_last_error = lock_refused(locked) ? kErrSharingViolation : error_from_errno(locked, false);
+        t_last_error = lock_refused(locked) ? kErrorSharingViolation : error_from_errno(locked, false);
         return -1;
     }
     // Truncation waits until the share check has passed, so that a refused open leaves the
@@ -148,7 +148,7 @@ int file_open(const char *name, uint32_t access, uint32_t share, uint32_t dispos
     if (disposition == kCreateAlways && st.st_size != 0) {
         if (!can_write || ::ftruncate(fd, 0) != 0) {
             ::close(fd);
-            t_last_error = kErrAccessDenied;
+            t_last_error = kErrorAccessDenied;
             return -1;
         }
     }
@@ -159,20 +159,20 @@ int file_open(const char *name, uint32_t access, uint32_t share, uint32_t dispos
         state.can_write = can_write;
         state.exclusive_lock = share_type == F_WRLCK;
     }
-    t_last_error = kErrNone;
+    t_last_error = kErrorNone;
     return fd;
 }
 
 bool file_seek(int handle, uint32_t position) {
-    if (!known_handle(handle)) return fail(kErrInvalidHandle);
-    if (position > 0x7FFFFFFFu) return fail(kErrNegativeSeek);
+    if (!known_handle(handle)) return fail(kErrorInvalidHandle);
+    if (position > 0x7FFFFFFFu) return fail(kErrorNegativeSeek);
     return true;
 }
 
 bool file_read(int handle, uint32_t position, void *buffer, uint32_t length, uint32_t *got) {
     if (got) *got = 0;
-    if (!known_handle(handle)) return fail(kErrInvalidHandle);
-    if (length && !buffer) return fail(kErrInvalidParameter);
+    if (!known_handle(handle)) return fail(kErrorInvalidHandle);
+    if (length && !buffer) return fail(kErrorInvalidParameter);
     ++g_counts.reads;
     uint32_t done = 0;
     while (done < length) {
@@ -187,7 +187,7 @@ bool file_read(int handle, uint32_t position, void *buffer, uint32_t length, uin
         done += static_cast<uint32_t>(n);
     }
     if (got) *got = done;
-    t_last_error = kErrNone;
+    t_last_error = kErrorNone;
     return true;
 }
 
@@ -198,11 +198,11 @@ bool file_write(int handle, uint32_t position, const void *buffer, uint32_t leng
     {
         std::lock_guard<std::mutex> guard(g_mutex);
         HandleState *state = state_of(handle);
-        if (!state) return fail(kErrInvalidHandle);
+        if (!state) return fail(kErrorInvalidHandle);
         can_write = state->can_write;
     }
-    if (!can_write) return fail(kErrAccessDenied);
-    if (length && !buffer) return fail(kErrInvalidParameter);
+    if (!can_write) return fail(kErrorAccessDenied);
+    if (length && !buffer) return fail(kErrorInvalidParameter);
     ++g_counts.writes;
     uint32_t done = 0;
     while (done < length) {
@@ -215,12 +215,12 @@ bool file_write(int handle, uint32_t position, const void *buffer, uint32_t leng
         }
         if (n == 0) {
             if (written) *written = done;
-            return fail(kErrDiskFull);
+            return fail(kErrorDiskFull);
         }
         done += static_cast<uint32_t>(n);
     }
     if (written) *written = done;
-    t_last_error = kErrNone;
+    t_last_error = kErrorNone;
     return true;
 }
 
@@ -229,20 +229,20 @@ bool file_set_length(int handle, uint32_t length) {
     {
         std::lock_guard<std::mutex> guard(g_mutex);
         HandleState *state = state_of(handle);
-        if (!state) return fail(kErrInvalidHandle);
+        if (!state) return fail(kErrorInvalidHandle);
         can_write = state->can_write;
     }
-    if (!can_write) return fail(kErrAccessDenied);
+    if (!can_write) return fail(kErrorAccessDenied);
     while (::ftruncate(handle, static_cast<off_t>(length)) != 0) {
         if (errno != EINTR) return fail(error_from_errno(errno, false));
     }
-    t_last_error = kErrNone;
+    t_last_error = kErrorNone;
     return true;
 }
 
 uint32_t file_size(int handle) {
     if (!known_handle(handle)) {
-        t_last_error = kErrInvalidHandle;
+        t_last_error = kErrorInvalidHandle;
         return kInvalidFileSize;
     }
     struct stat st;
@@ -250,43 +250,43 @@ uint32_t file_size(int handle) {
         t_last_error = error_from_errno(errno, false);
         return kInvalidFileSize;
     }
-    t_last_error = kErrNone;
+    t_last_error = kErrorNone;
     return static_cast<uint32_t>(static_cast<uint64_t>(st.st_size) & 0xFFFFFFFFu);
 }
 
 bool file_flush(int handle) {
-    if (!known_handle(handle)) return fail(kErrInvalidHandle);
+    if (!known_handle(handle)) return fail(kErrorInvalidHandle);
     if (::fdatasync(handle) != 0 && errno != EINVAL && errno != EROFS) {
         return fail(error_from_errno(errno, false));
     }
-    t_last_error = kErrNone;
+    t_last_error = kErrorNone;
     return true;
 }
 
 bool file_close(int handle) {
     {
         std::lock_guard<std::mutex> guard(g_mutex);
-        if (g_handles.erase(handle) == 0) return fail(kErrInvalidHandle);
+        if (g_handles.erase(handle) == 0) return fail(kErrorInvalidHandle);
     }
     // A close that is interrupted has still released the descriptor on Linux.
     if (::close(handle) != 0 && errno != EINTR) return fail(error_from_errno(errno, false));
-    t_last_error = kErrNone;
+    t_last_error = kErrorNone;
     return true;
 }
 
 bool file_lock(int handle, uint32_t offset, uint32_t length) {
     std::lock_guard<std::mutex> guard(g_mutex);
     HandleState *state = state_of(handle);
-    if (!state) return fail(kErrInvalidHandle);
+    if (!state) return fail(kErrorInvalidHandle);
     ++g_counts.locks;
     if (length == 0) {
-        t_last_error = kErrNone;
+        t_last_error = kErrorNone;
         return true;
     }
     const uint64_t begin = offset, end = static_cast<uint64_t>(offset) + length;
     for (const auto &range : state->ranges) {
         const uint64_t held_begin = range.first, held_end = uint64_t{range.first} + range.second;
-        if (begin < held_end && held_begin < end) return fail(kErrLockViolation);
+        if (begin < held_end && held_begin < end) return fail(kErrorLockViolation);
     }
     // A descriptor open only for reading can hold only read locks; those still keep every
     // writer's lock out, which is what matters to the engine.
@@ -294,20 +294,20 @@ bool file_lock(int handle, uint32_t offset, uint32_t length) {
     const short type = mode == O_RDONLY ? F_RDLCK : F_WRLCK;
     const int locked = ofd_lock(handle, type, begin, length);
     if (locked != 0 && locked != EINVAL && locked != ENOLCK) {
-        return fail(lock_refused(locked) ? kErrLockViolation : error_from_errno(locked, false));
+        return fail(lock_refused(locked) ? kErrorLockViolation : error_from_errno(locked, false));
     }
     state->ranges.emplace_back(offset, length);
-    t_last_error = kErrNone;
+    t_last_error = kErrorNone;
     return true;
 }
 
 bool file_unlock(int handle, uint32_t offset, uint32_t length) {
     std::lock_guard<std::mutex> guard(g_mutex);
     HandleState *state = state_of(handle);
-    if (!state) return fail(kErrInvalidHandle);
+    if (!state) return fail(kErrorInvalidHandle);
     ++g_counts.unlocks;
     if (length == 0) {
-        t_last_error = kErrNone;
+        t_last_error = kErrorNone;
         return true;
     }
     for (auto it = state->ranges.begin(); it != state->ranges.end(); ++it) {
@@ -317,29 +317,29 @@ bool file_unlock(int handle, uint32_t offset, uint32_t length) {
                 return fail(error_from_errno(unlocked, false));
             }
             state->ranges.erase(it);
-            t_last_error = kErrNone;
+            t_last_error = kErrorNone;
             return true;
         }
     }
-    return fail(kErrNotLocked);
+    return fail(kErrorNotLocked);
 }
 
 bool file_remove(const char *name) {
-    if (!name || !*name) return fail(kErrFileNotFound);
+    if (!name || !*name) return fail(kErrorFileNotFound);
     const std::string path = os_path_bytes(name);
     if (::unlink(path.c_str()) != 0) return fail(error_from_errno(errno, false));
-    t_last_error = kErrNone;
+    t_last_error = kErrorNone;
     return true;
 }
 
 bool file_rename(const char *from, const char *to) {
-    if (!from || !*from || !to || !*to) return fail(kErrFileNotFound);
+    if (!from || !*from || !to || !*to) return fail(kErrorFileNotFound);
     const std::string source = os_path_bytes(from);
     const std::string target = os_path_bytes(to);
     if (std::rename(source.c_str(), target.c_str()) != 0) {
         return fail(error_from_errno(errno, false));
     }
-    t_last_error = kErrNone;
+    t_last_error = kErrorNone;
     return true;
 }
 

@@ -13,6 +13,8 @@
 
 #include <cstdint>
 
+#include "plat_winerror.h"
+
 namespace nqplat {
 
 // Access rights.
@@ -22,24 +24,11 @@ constexpr uint32_t kFileWrite = 0x40000000u;
 constexpr uint32_t kShareNone = 0;
 constexpr uint32_t kShareReadWrite = 3;
 // Dispositions.
-constexpr uint32_t kCreateNew = 1;     // fails with kErrFileExists when the file exists
+constexpr uint32_t kCreateNew = 1;     // fails with kErrorFileExists when the file exists
 constexpr uint32_t kCreateAlways = 2;  // creates or truncates
-constexpr uint32_t kOpenExisting = 3;  // fails with kErrFileNotFound when it does not exist
+constexpr uint32_t kOpenExisting = 3;  // fails with kErrorFileNotFound when it does not exist
 
-// The numbers file_last_error() reports.
-constexpr uint32_t kErrNone = 0;
-constexpr uint32_t kErrFileNotFound = 2;
-constexpr uint32_t kErrPathNotFound = 3;
-constexpr uint32_t kErrAccessDenied = 5;
-constexpr uint32_t kErrInvalidHandle = 6;
-constexpr uint32_t kErrSharingViolation = 32;
-constexpr uint32_t kErrLockViolation = 33;
-constexpr uint32_t kErrFileExists = 80;
-constexpr uint32_t kErrInvalidParameter = 87;
-constexpr uint32_t kErrDiskFull = 112;
-constexpr uint32_t kErrNegativeSeek = 131;
-constexpr uint32_t kErrNotLocked = 158;
-constexpr uint32_t kErrIo = 1117;
+// file_last_error() reports the codes of plat_winerror.h.
 
 // The share-mode byte: one byte at 4 GiB, which no 32-bit position reaches.
 constexpr uint64_t kShareLockOffset = 0x100000000ull;
@@ -48,8 +37,8 @@ constexpr uint64_t kShareLockOffset = 0x100000000ull;
 constexpr uint32_t kInvalidFileSize = 0xFFFFFFFFu;
 
 // Opens a file by its library name (through the path bridge). Returns the handle, or -1
-// with file_last_error() set: kErrFileNotFound, kErrFileExists, kErrAccessDenied,
-// kErrSharingViolation, kErrPathNotFound.
+// with file_last_error() set: kErrorFileNotFound, kErrorFileExists, kErrorAccessDenied,
+// kErrorSharingViolation, kErrorPathNotFound.
 int file_open(const char *name, uint32_t access, uint32_t share, uint32_t disposition);
 
 // Whether a position can be reached: positions at or above 2 GiB count as a negative seek,
@@ -60,7 +49,7 @@ bool file_seek(int handle, uint32_t position);
 // the file). False on failure.
 bool file_read(int handle, uint32_t position, void *buffer, uint32_t length, uint32_t *got);
 // Writes length bytes at position; written is what went out. False on failure (a short write
-// for want of space is a failure with kErrDiskFull).
+// for want of space is a failure with kErrorDiskFull).
 bool file_write(int handle, uint32_t position, const void *buffer, uint32_t length,
                 uint32_t *written);
 
@@ -74,11 +63,11 @@ bool file_flush(int handle);
 bool file_close(int handle);
 
 // Locks length bytes from offset for this handle alone. A range another open holds, or one
-// that overlaps a range this handle already holds, is refused with kErrLockViolation.
+// that overlaps a range this handle already holds, is refused with kErrorLockViolation.
 // A length of 0 locks nothing and succeeds.
 bool file_lock(int handle, uint32_t offset, uint32_t length);
 // Releases a range exactly as it was locked through this handle; any other range is refused
-// with kErrNotLocked.
+// with kErrorNotLocked.
 bool file_unlock(int handle, uint32_t offset, uint32_t length);
 
 // Removes a file, renames one (replacing the target). Library names.

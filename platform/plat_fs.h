@@ -8,6 +8,8 @@
 #pragma once
 
 #include <cstdint>
+
+#include "plat_winerror.h"
 #include <cstdio>
 #include <string>
 
@@ -21,12 +23,6 @@ constexpr uint32_t kAttrDirectory = 0x10;
 constexpr uint32_t kAttrNormal = 0x80;
 constexpr uint32_t kInvalidAttributes = 0xFFFFFFFFu;
 
-// Win32 error codes the callers look at.
-constexpr uint32_t kErrorFileNotFound = 2;
-constexpr uint32_t kErrorPathNotFound = 3;
-constexpr uint32_t kErrorAccessDenied = 5;
-constexpr uint32_t kErrorNoMoreFiles = 18;
-constexpr uint32_t kErrorDirNotEmpty = 145;
 
 // The Linux path of a library name; a bare drive mark ("C:") is the current folder.
 std::string fs_path(const char16_t *name);

@@ -17,8 +17,12 @@
 #include "nq_matrix.h"
 #include "nq_rotmatrix.h"
 #include "nq_fldlist.h"
-#include "nq_ini.h"
 #include "nq_dbfldlist.h"
+#include "nq_ini.h"
+#include "nq_env.h"
+#include "nq_sys.h"
 #include "nq_db.h"
+#include "nq_msg.h"
+#include "nq_translator.h"
 
 #endif

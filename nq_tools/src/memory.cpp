@@ -16,11 +16,17 @@ nq_ReleaseFn g_release = std::free;
 nq_wchar g_failure[260];
 
 void compose_failure(const char *what, size_t size) {
+    // Finding the words may itself allocate (the first message settles the language, a trace
+    // copies its file name); a failure inside that leaves the text to the outer one.
+    static bool composing = false;
+    if (composing) return;
+    composing = true;
     // Two separate buffers: frame_msg's static buffer is overwritten by its second call.
     std::u16string first = nq::frame_msg(what, "TOOL", 1);
     const nq_wchar *second = nq::frame_msg("bytes of memory", "TOOL", 1);
     nqt::format(g_failure, sizeof g_failure / sizeof g_failure[0], u"%s %d %s", first.c_str(),
                 static_cast<int>(size), second);
+    composing = false;
 }
 
 }  // namespace

@@ -16,7 +16,7 @@ int file4_lock(file4 *file, uint32_t offset, uint32_t length) {
             file4_write_delay(file, 1);
             return 0;
         }
-        if (nqplat::file_last_error() != nqplat::kErrLockViolation) {
+        if (nqplat::file_last_error() != nqplat::kErrorLockViolation) {
             return err4describe(engine, -50, file->name, nullptr, nullptr);
         }
         if (attempts == 1) return 50;  // locked by another: handed upwards, no error

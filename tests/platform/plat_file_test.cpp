@@ -21,12 +21,12 @@ TEST(PlatFile, DispositionsCreateAndOpen) {
     TempDir dir;
     const std::string name = dir.file("a.dat");
     EXPECT_EQ(file_open(name.c_str(), kReadWrite, kShareReadWrite, kOpenExisting), -1);
-    EXPECT_EQ(file_last_error(), kErrFileNotFound);
+    EXPECT_EQ(file_last_error(), kErrorFileNotFound);
     const int created = file_open(name.c_str(), kReadWrite, kShareReadWrite, kCreateNew);
     ASSERT_GE(created, 0);
-    EXPECT_EQ(file_last_error(), kErrNone);
+    EXPECT_EQ(file_last_error(), kErrorNone);
     EXPECT_EQ(file_open(name.c_str(), kReadWrite, kShareReadWrite, kCreateNew), -1);
-    EXPECT_EQ(file_last_error(), kErrFileExists);
+    EXPECT_EQ(file_last_error(), kErrorFileExists);
     uint32_t written = 0;
     ASSERT_TRUE(file_write(created, 0, "hello", 5, &written));
     EXPECT_EQ(written, 5u);
@@ -36,11 +36,11 @@ TEST(PlatFile, DispositionsCreateAndOpen) {
     EXPECT_EQ(file_size(again), 0u);  // truncated
     EXPECT_TRUE(file_close(again));
     EXPECT_FALSE(file_close(again));
-    EXPECT_EQ(file_last_error(), kErrInvalidHandle);
+    EXPECT_EQ(file_last_error(), kErrorInvalidHandle);
     EXPECT_EQ(file_open(dir.file("no/such/b.dat").c_str(), kReadWrite, kShareReadWrite, kCreateNew), -1);
-    EXPECT_EQ(file_last_error(), kErrPathNotFound);
+    EXPECT_EQ(file_last_error(), kErrorPathNotFound);
     EXPECT_EQ(file_open(name.c_str(), kReadWrite, kShareReadWrite, 9), -1);
-    EXPECT_EQ(file_last_error(), kErrInvalidParameter);
+    EXPECT_EQ(file_last_error(), kErrorInvalidParameter);
     EXPECT_EQ(file_open(nullptr, kReadWrite, kShareReadWrite, kOpenExisting), -1);
     EXPECT_EQ(file_open("", kReadWrite, kShareReadWrite, kOpenExisting), -1);
 }
@@ -48,7 +48,7 @@ TEST(PlatFile, DispositionsCreateAndOpen) {
 TEST(PlatFile, AFolderIsNotAFile) {
     TempDir dir;
     EXPECT_EQ(file_open(dir.path().c_str(), kFileRead, kShareReadWrite, kOpenExisting), -1);
-    EXPECT_EQ(file_last_error(), kErrAccessDenied);
+    EXPECT_EQ(file_last_error(), kErrorAccessDenied);
 }
 
 TEST(PlatFile, ShareModesBetweenOpensOfThisProcess) {
@@ -60,7 +60,7 @@ TEST(PlatFile, ShareModesBetweenOpensOfThisProcess) {
     ASSERT_GE(shared1, 0);
     ASSERT_GE(shared2, 0);
     EXPECT_EQ(file_open(name.c_str(), kReadWrite, kShareNone, kOpenExisting), -1);
-    EXPECT_EQ(file_last_error(), kErrSharingViolation);
+    EXPECT_EQ(file_last_error(), kErrorSharingViolation);
     // A refused truncating create leaves the file as it was.
     EXPECT_EQ(file_open(name.c_str(), kReadWrite, kShareNone, kCreateAlways), -1);
     EXPECT_EQ(nqtest::read_file(name), "content");
@@ -69,7 +69,7 @@ TEST(PlatFile, ShareModesBetweenOpensOfThisProcess) {
     const int alone = file_open(name.c_str(), kReadWrite, kShareNone, kOpenExisting);
     ASSERT_GE(alone, 0);
     EXPECT_EQ(file_open(name.c_str(), kFileRead, kShareReadWrite, kOpenExisting), -1);
-    EXPECT_EQ(file_last_error(), kErrSharingViolation);
+    EXPECT_EQ(file_last_error(), kErrorSharingViolation);
     EXPECT_EQ(file_open(name.c_str(), kReadWrite, kShareNone, kOpenExisting), -1);
     file_close(alone);
     const int after = file_open(name.c_str(), kFileRead, kShareReadWrite, kOpenExisting);
@@ -92,9 +92,9 @@ TEST(PlatFile, PositionedTransfers) {
     EXPECT_EQ(n, 0u);
     EXPECT_TRUE(file_seek(h, 0x7FFFFFFFu));
     EXPECT_FALSE(file_seek(h, 0x80000000u));
-    EXPECT_EQ(file_last_error(), kErrNegativeSeek);
+    EXPECT_EQ(file_last_error(), kErrorNegativeSeek);
     EXPECT_FALSE(file_seek(-1, 0));
-    EXPECT_EQ(file_last_error(), kErrInvalidHandle);
+    EXPECT_EQ(file_last_error(), kErrorInvalidHandle);
     ASSERT_TRUE(file_set_length(h, 4));
     EXPECT_EQ(file_size(h), 4u);
     ASSERT_TRUE(file_set_length(h, 6));
@@ -118,7 +118,7 @@ TEST(PlatFile, AReadOnlyHandleRefusesWritesEvenWhenOpenedExclusively) {
     ASSERT_GE(h, 0);
     uint32_t n = 0;
     EXPECT_FALSE(file_write(h, 0, "x", 1, &n));
-    EXPECT_EQ(file_last_error(), kErrAccessDenied);
+    EXPECT_EQ(file_last_error(), kErrorAccessDenied);
     EXPECT_FALSE(file_set_length(h, 0));
     EXPECT_EQ(file_open(name.c_str(), kFileRead, kShareReadWrite, kOpenExisting), -1);
     file_close(h);
@@ -135,12 +135,12 @@ TEST(PlatFile, LocksFollowTheEnginesRules) {
     ASSERT_GE(b, 0);
     EXPECT_TRUE(file_lock(a, 100, 10));
     EXPECT_FALSE(file_lock(b, 105, 1));
-    EXPECT_EQ(file_last_error(), kErrLockViolation);
+    EXPECT_EQ(file_last_error(), kErrorLockViolation);
     EXPECT_FALSE(file_lock(a, 109, 5));  // overlapping a range this handle holds
-    EXPECT_EQ(file_last_error(), kErrLockViolation);
+    EXPECT_EQ(file_last_error(), kErrorLockViolation);
     EXPECT_TRUE(file_lock(b, 110, 1));   // just behind it
     EXPECT_FALSE(file_unlock(a, 100, 5));
-    EXPECT_EQ(file_last_error(), kErrNotLocked);
+    EXPECT_EQ(file_last_error(), kErrorNotLocked);
     EXPECT_FALSE(file_unlock(b, 100, 10));  // another handle's range
     EXPECT_TRUE(file_unlock(a, 100, 10));
     EXPECT_TRUE(file_lock(b, 105, 1));
@@ -157,7 +157,7 @@ TEST(PlatFile, LocksFollowTheEnginesRules) {
     EXPECT_TRUE(file_lock(c, 0x7FFFFFFEu, 1));
     file_close(c);
     EXPECT_FALSE(file_lock(c, 1, 1));
-    EXPECT_EQ(file_last_error(), kErrInvalidHandle);
+    EXPECT_EQ(file_last_error(), kErrorInvalidHandle);
 }
 
 TEST(PlatFile, RemoveAndRename) {
@@ -170,7 +170,7 @@ TEST(PlatFile, RemoveAndRename) {
     EXPECT_FALSE(file_rename(dir.file("one").c_str(), dir.file("three").c_str()));
     EXPECT_TRUE(file_remove(dir.file("two").c_str()));
     EXPECT_FALSE(file_remove(dir.file("two").c_str()));
-    EXPECT_EQ(file_last_error(), kErrFileNotFound);
+    EXPECT_EQ(file_last_error(), kErrorFileNotFound);
     EXPECT_FALSE(file_remove(nullptr));
     EXPECT_FALSE(file_rename(nullptr, "x"));
 }

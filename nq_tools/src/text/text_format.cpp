@@ -75,7 +75,7 @@ private:
 
 enum class Size { none, hh, h, l, ll, L, z, j, t, i32, i64, w };
 
-struct Spec {
+struct Conversion {
     bool left = false;   // '-'
     bool plus = false;   // '+'
     bool blank = false;  // ' '
@@ -97,83 +97,83 @@ int read_count(const wchar *&p) {
     return static_cast<int>(n);
 }
 
-void pad_left(Sink &sink, const Spec &spec, std::size_t length) {
-    if (!spec.left && spec.width > length) sink.fill(u' ', spec.width - length);
+void pad_left(Sink &sink, const Conversion &conv, std::size_t length) {
+    if (!conv.left && conv.width > length) sink.fill(u' ', conv.width - length);
 }
 
-void pad_right(Sink &sink, const Spec &spec, std::size_t length) {
-    if (spec.left && spec.width > length) sink.fill(u' ', spec.width - length);
+void pad_right(Sink &sink, const Conversion &conv, std::size_t length) {
+    if (conv.left && conv.width > length) sink.fill(u' ', conv.width - length);
 }
 
-void emit_wide(Sink &sink, const Spec &spec, const wchar *s) {
+void emit_wide(Sink &sink, const Conversion &conv, const wchar *s) {
     static const wchar kNull[] = u"(null)";
     if (!s) s = kNull;
     // With a precision the text need not be terminated within it.
     std::size_t n = 0;
-    const std::size_t limit = spec.precision < 0 ? SIZE_MAX : static_cast<std::size_t>(spec.precision);
+    const std::size_t limit = conv.precision < 0 ? SIZE_MAX : static_cast<std::size_t>(conv.precision);
     while (n < limit && s[n]) ++n;
-    pad_left(sink, spec, n);
+    pad_left(sink, conv, n);
     sink.write(s, n);
-    pad_right(sink, spec, n);
+    pad_right(sink, conv, n);
 }
 
-void emit_narrow(Sink &sink, const Spec &spec, const char *s) {
+void emit_narrow(Sink &sink, const Conversion &conv, const char *s) {
     if (!s) {
-        emit_wide(sink, spec, nullptr);
+        emit_wide(sink, conv, nullptr);
         return;
     }
     std::size_t n = 0;
-    const std::size_t limit = spec.precision < 0 ? SIZE_MAX : static_cast<std::size_t>(spec.precision);
+    const std::size_t limit = conv.precision < 0 ? SIZE_MAX : static_cast<std::size_t>(conv.precision);
     while (n < limit && s[n]) ++n;
-    pad_left(sink, spec, n);
+    pad_left(sink, conv, n);
     for (std::size_t i = 0; i < n; ++i) sink.put(static_cast<unsigned char>(s[i]));
-    pad_right(sink, spec, n);
+    pad_right(sink, conv, n);
 }
 
-void emit_char(Sink &sink, const Spec &spec, wchar c) {
-    pad_left(sink, spec, 1);
+void emit_char(Sink &sink, const Conversion &conv, wchar c) {
+    pad_left(sink, conv, 1);
     sink.put(c);
-    pad_right(sink, spec, 1);
+    pad_right(sink, conv, 1);
 }
 
 // An integer as sign, prefix, precision zeros and digits, padded to the width.
-void emit_integer(Sink &sink, const Spec &spec, bool negative, std::uintmax_t magnitude,
+void emit_integer(Sink &sink, const Conversion &conv, bool negative, std::uintmax_t magnitude,
                   unsigned base, bool upper, bool is_signed, bool pointer) {
     const char *digit_set = upper ? "0123456789ABCDEF" : "0123456789abcdef";
     char digits[72];
     std::size_t ndigits = 0;
-    if (!(spec.precision == 0 && magnitude == 0)) {
+    if (!(conv.precision == 0 && magnitude == 0)) {
         std::uintmax_t m = magnitude;
         do {
             digits[ndigits++] = digit_set[m % base];
             m /= base;
         } while (m != 0);
     }
-    std::size_t zeros = spec.precision > 0 && static_cast<std::size_t>(spec.precision) > ndigits
-                            ? static_cast<std::size_t>(spec.precision) - ndigits
+    std::size_t zeros = conv.precision > 0 && static_cast<std::size_t>(conv.precision) > ndigits
+                            ? static_cast<std::size_t>(conv.precision) - ndigits
                             : 0;
     // '#' with octal: the first digit must be a zero.
-    if (spec.alt && base == 8 && zeros == 0 && (ndigits == 0 || magnitude != 0)) zeros = 1;
+    if (conv.alt && base == 8 && zeros == 0 && (ndigits == 0 || magnitude != 0)) zeros = 1;
 
     wchar sign = 0;
     if (is_signed || pointer) {
         if (negative) sign = u'-';
-        else if (spec.plus) sign = u'+';
-        else if (spec.blank) sign = u' ';
+        else if (conv.plus) sign = u'+';
+        else if (conv.blank) sign = u' ';
     }
     const char *prefix = "";
-    if (pointer || (spec.alt && base == 16 && magnitude != 0)) prefix = upper ? "0X" : "0x";
+    if (pointer || (conv.alt && base == 16 && magnitude != 0)) prefix = upper ? "0X" : "0x";
     const std::size_t prefix_length = prefix[0] ? 2 : 0;
 
     const std::size_t body = (sign ? 1 : 0) + prefix_length + zeros + ndigits;
-    const bool zero_pad = spec.zero && !spec.left && spec.precision < 0;
-    if (!zero_pad) pad_left(sink, spec, body);
+    const bool zero_pad = conv.zero && !conv.left && conv.precision < 0;
+    if (!zero_pad) pad_left(sink, conv, body);
     if (sign) sink.put(sign);
     for (std::size_t i = 0; i < prefix_length; ++i) sink.put(static_cast<wchar>(prefix[i]));
-    if (zero_pad && spec.width > body) sink.fill(u'0', spec.width - body);
+    if (zero_pad && conv.width > body) sink.fill(u'0', conv.width - body);
     sink.fill(u'0', zeros);
     while (ndigits > 0) sink.put(static_cast<wchar>(digits[--ndigits]));
-    pad_right(sink, spec, body);
+    pad_right(sink, conv, body);
 }
 
 // Past this many digits after the point (or significant digits for %g) every digit of a
@@ -182,24 +182,24 @@ void emit_integer(Sink &sink, const Spec &spec, bool negative, std::uintmax_t ma
 // precision makes a buffer of its size.
 constexpr int kExactPrecision = 20000;
 
-// The narrow conversion spec for snprintf, without the width.
-std::string float_spec(const Spec &spec, int precision) {
+// The narrow conversion conv for snprintf, without the width.
+std::string float_spec(const Conversion &conv, int precision) {
     std::string s = "%";
-    if (spec.left) s += '-';
-    if (spec.plus) s += '+';
-    if (spec.blank) s += ' ';
-    if (spec.alt) s += '#';
+    if (conv.left) s += '-';
+    if (conv.plus) s += '+';
+    if (conv.blank) s += ' ';
+    if (conv.alt) s += '#';
     if (precision >= 0) s += "." + std::to_string(precision);
-    if (spec.size == Size::L) s += 'L';
-    s += static_cast<char>(spec.conversion);
+    if (conv.size == Size::L) s += 'L';
+    s += static_cast<char>(conv.conversion);
     return s;
 }
 
 template <typename Float>
-bool emit_float(Sink &sink, const Spec &spec, Float value) {
+bool emit_float(Sink &sink, const Conversion &conv, Float value) {
     const bool finite = std::isfinite(value);
-    const int precision = std::min(spec.precision, kExactPrecision);
-    const std::string nspec = float_spec(spec, precision);
+    const int precision = std::min(conv.precision, kExactPrecision);
+    const std::string nspec = float_spec(conv, precision);
     const int n = std::snprintf(nullptr, 0, nspec.c_str(), value);
     if (n < 0) return false;
     std::string narrow(static_cast<std::size_t>(n) + 1, '\0');
@@ -210,9 +210,9 @@ bool emit_float(Sink &sink, const Spec &spec, Float value) {
     // The zeros of a precision beyond the exact one go before the exponent, if any. %g drops
     // trailing zeros unless '#' keeps them.
     std::size_t extra = 0, extra_at = text.size();
-    const wchar c = spec.conversion;
-    if (finite && spec.precision > precision && ((c != u'g' && c != u'G') || spec.alt)) {
-        extra = static_cast<std::size_t>(spec.precision - precision);
+    const wchar c = conv.conversion;
+    if (finite && conv.precision > precision && ((c != u'g' && c != u'G') || conv.alt)) {
+        extra = static_cast<std::size_t>(conv.precision - precision);
         const std::size_t exponent = text.find_last_of(c == u'a' || c == u'A' ? u"pP" : u"eE");
         if (exponent != std::u16string::npos) extra_at = exponent;
     }
@@ -220,20 +220,20 @@ bool emit_float(Sink &sink, const Spec &spec, Float value) {
     const std::size_t length = text.size() + extra;
     std::size_t head = 0;  // where zero padding goes: after the sign and, for %a, the "0x"
     std::size_t zeros = 0;
-    if (spec.width > length && !spec.left && spec.zero && finite) {
+    if (conv.width > length && !conv.left && conv.zero && finite) {
         if (head < text.size() && (text[head] == u'-' || text[head] == u'+' || text[head] == u' ')) ++head;
         if (head + 1 < text.size() && text[head] == u'0' && (text[head + 1] == u'x' || text[head + 1] == u'X'))
             head += 2;
-        zeros = spec.width - length;
+        zeros = conv.width - length;
     } else {
-        pad_left(sink, spec, length);
+        pad_left(sink, conv, length);
     }
     sink.write(text.data(), head);
     sink.fill(u'0', zeros);
     sink.write(text.data() + head, extra_at - head);
     sink.fill(u'0', extra);
     sink.write(text.data() + extra_at, text.size() - extra_at);
-    pad_right(sink, spec, length);
+    pad_right(sink, conv, length);
     return true;
 }
 
@@ -275,59 +275,59 @@ std::uintmax_t unsigned_argument(Size size, va_list *ap) {
 
 // Flags, width, precision and size of the conversion at p (just past its '%'); p is left
 // on the conversion character.
-Spec parse_spec(const wchar *&p, va_list *ap) {
-    Spec spec;
+Conversion parse_spec(const wchar *&p, va_list *ap) {
+    Conversion conv;
     for (;; ++p) {
-        if (*p == u'-') spec.left = true;
-        else if (*p == u'+') spec.plus = true;
-        else if (*p == u' ') spec.blank = true;
-        else if (*p == u'0') spec.zero = true;
-        else if (*p == u'#') spec.alt = true;
+        if (*p == u'-') conv.left = true;
+        else if (*p == u'+') conv.plus = true;
+        else if (*p == u' ') conv.blank = true;
+        else if (*p == u'0') conv.zero = true;
+        else if (*p == u'#') conv.alt = true;
         else break;
     }
     if (*p == u'*') {
         ++p;
         const long long w = va_arg(*ap, int);
-        if (w < 0) spec.left = true;  // a negative width from the arguments means '-'
-        spec.width = static_cast<std::size_t>(w < 0 ? -w : w);
+        if (w < 0) conv.left = true;  // a negative width from the arguments means '-'
+        conv.width = static_cast<std::size_t>(w < 0 ? -w : w);
     } else {
-        spec.width = static_cast<std::size_t>(read_count(p));
+        conv.width = static_cast<std::size_t>(read_count(p));
     }
     if (*p == u'.') {
         ++p;
         if (*p == u'*') {
             ++p;
             const int pr = va_arg(*ap, int);
-            spec.precision = pr < 0 ? -1 : pr;  // a negative one counts as none
+            conv.precision = pr < 0 ? -1 : pr;  // a negative one counts as none
         } else {
-            spec.precision = read_count(p);
+            conv.precision = read_count(p);
         }
     }
     switch (*p) {
         case u'h':
-            if (p[1] == u'h') { spec.size = Size::hh; ++p; }
-            else spec.size = Size::h;
+            if (p[1] == u'h') { conv.size = Size::hh; ++p; }
+            else conv.size = Size::h;
             ++p;
             break;
         case u'l':
-            if (p[1] == u'l') { spec.size = Size::ll; ++p; }
-            else spec.size = Size::l;
+            if (p[1] == u'l') { conv.size = Size::ll; ++p; }
+            else conv.size = Size::l;
             ++p;
             break;
-        case u'L': spec.size = Size::L; ++p; break;
-        case u'z': spec.size = Size::z; ++p; break;
-        case u'j': spec.size = Size::j; ++p; break;
-        case u't': spec.size = Size::t; ++p; break;
-        case u'w': spec.size = Size::w; ++p; break;
+        case u'L': conv.size = Size::L; ++p; break;
+        case u'z': conv.size = Size::z; ++p; break;
+        case u'j': conv.size = Size::j; ++p; break;
+        case u't': conv.size = Size::t; ++p; break;
+        case u'w': conv.size = Size::w; ++p; break;
         case u'I':
-            if (p[1] == u'6' && p[2] == u'4') { spec.size = Size::i64; p += 3; }
-            else if (p[1] == u'3' && p[2] == u'2') { spec.size = Size::i32; p += 3; }
-            else { spec.size = Size::z; ++p; }
+            if (p[1] == u'6' && p[2] == u'4') { conv.size = Size::i64; p += 3; }
+            else if (p[1] == u'3' && p[2] == u'2') { conv.size = Size::i32; p += 3; }
+            else { conv.size = Size::z; ++p; }
             break;
         default: break;
     }
-    spec.conversion = *p;
-    return spec;
+    conv.conversion = *p;
+    return conv;
 }
 
 // Yields false when a number could not be formatted.
@@ -339,62 +339,62 @@ bool run(Sink &sink, const wchar *fmt, va_list *ap) {
             continue;
         }
         const wchar *start = p++;
-        Spec spec = parse_spec(p, ap);
+        Conversion conv = parse_spec(p, ap);
         if (*p == 0) {  // the format ends inside a conversion: copy what there is
             sink.write(start, static_cast<std::size_t>(p - start));
             break;
         }
         ++p;
-        const bool wide_size = spec.size == Size::l || spec.size == Size::w;
-        switch (spec.conversion) {
+        const bool wide_size = conv.size == Size::l || conv.size == Size::w;
+        switch (conv.conversion) {
             case u's':
-                if (spec.size == Size::h) emit_narrow(sink, spec, va_arg(*ap, const char *));
-                else emit_wide(sink, spec, va_arg(*ap, const wchar *));
+                if (conv.size == Size::h) emit_narrow(sink, conv, va_arg(*ap, const char *));
+                else emit_wide(sink, conv, va_arg(*ap, const wchar *));
                 break;
             case u'S':
-                if (wide_size) emit_wide(sink, spec, va_arg(*ap, const wchar *));
-                else emit_narrow(sink, spec, va_arg(*ap, const char *));
+                if (wide_size) emit_wide(sink, conv, va_arg(*ap, const wchar *));
+                else emit_narrow(sink, conv, va_arg(*ap, const char *));
                 break;
             case u'c':
-                if (spec.size == Size::h)
-                    emit_char(sink, spec, static_cast<unsigned char>(va_arg(*ap, int)));
+                if (conv.size == Size::h)
+                    emit_char(sink, conv, static_cast<unsigned char>(va_arg(*ap, int)));
                 else
-                    emit_char(sink, spec, static_cast<wchar>(va_arg(*ap, int)));
+                    emit_char(sink, conv, static_cast<wchar>(va_arg(*ap, int)));
                 break;
             case u'C':
-                if (wide_size) emit_char(sink, spec, static_cast<wchar>(va_arg(*ap, int)));
-                else emit_char(sink, spec, static_cast<unsigned char>(va_arg(*ap, int)));
+                if (wide_size) emit_char(sink, conv, static_cast<wchar>(va_arg(*ap, int)));
+                else emit_char(sink, conv, static_cast<unsigned char>(va_arg(*ap, int)));
                 break;
             case u'd':
             case u'i': {
-                const std::intmax_t v = signed_argument(spec.size, ap);
+                const std::intmax_t v = signed_argument(conv.size, ap);
                 // The magnitude of INTMAX_MIN fits the unsigned type.
                 const std::uintmax_t m = v < 0 ? std::uintmax_t{0} - static_cast<std::uintmax_t>(v)
                                                : static_cast<std::uintmax_t>(v);
-                emit_integer(sink, spec, v < 0, m, 10, false, true, false);
+                emit_integer(sink, conv, v < 0, m, 10, false, true, false);
                 break;
             }
             case u'u':
-                emit_integer(sink, spec, false, unsigned_argument(spec.size, ap), 10, false, false, false);
+                emit_integer(sink, conv, false, unsigned_argument(conv.size, ap), 10, false, false, false);
                 break;
             case u'o':
-                emit_integer(sink, spec, false, unsigned_argument(spec.size, ap), 8, false, false, false);
+                emit_integer(sink, conv, false, unsigned_argument(conv.size, ap), 8, false, false, false);
                 break;
             case u'x':
-                emit_integer(sink, spec, false, unsigned_argument(spec.size, ap), 16, false, false, false);
+                emit_integer(sink, conv, false, unsigned_argument(conv.size, ap), 16, false, false, false);
                 break;
             case u'X':
-                emit_integer(sink, spec, false, unsigned_argument(spec.size, ap), 16, true, false, false);
+                emit_integer(sink, conv, false, unsigned_argument(conv.size, ap), 16, true, false, false);
                 break;
             case u'p': {
                 const void *ptr = va_arg(*ap, void *);
                 if (!ptr) {
                     static const wchar kNil[] = u"(nil)";
-                    Spec text_spec = spec;
+                    Conversion text_spec = conv;
                     text_spec.precision = -1;
                     emit_wide(sink, text_spec, kNil);
                 } else {
-                    emit_integer(sink, spec, false, reinterpret_cast<std::uintptr_t>(ptr), 16, false,
+                    emit_integer(sink, conv, false, reinterpret_cast<std::uintptr_t>(ptr), 16, false,
                                  false, true);
                 }
                 break;
@@ -407,8 +407,8 @@ bool run(Sink &sink, const wchar *fmt, va_list *ap) {
             case u'G':
             case u'a':
             case u'A': {
-                const bool ok = spec.size == Size::L ? emit_float(sink, spec, va_arg(*ap, long double))
-                                                     : emit_float(sink, spec, va_arg(*ap, double));
+                const bool ok = conv.size == Size::L ? emit_float(sink, conv, va_arg(*ap, long double))
+                                                     : emit_float(sink, conv, va_arg(*ap, double));
                 if (!ok) return false;
                 break;
             }

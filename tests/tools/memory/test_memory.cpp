@@ -6,6 +6,8 @@
 #include <cstdlib>
 #include <string>
 
+#include "../config_test.h"
+#include "../msg_test.h"
 #include "nq_tls20an.h"
 
 namespace nq {
@@ -50,11 +52,19 @@ void count_release(void *block) {
     std::free(block);
 }
 
+using nqmt::S;
+
 std::u16string failure() { return nq::memory_failure_text(); }
 
 class Memory : public ::testing::Test {
 protected:
-    static void SetUpTestSuite() { nq_MemoryManager_set(count_allocate, count_resize, count_clear, count_release); }
+    static void SetUpTestSuite() {
+        nq_MemoryManager_set(count_allocate, count_resize, count_clear, count_release);
+        // The failure texts ask the message system for their words; its first message settles
+        // the language, here English from an empty configuration, before any request fails.
+        nqmt::Scene english;
+        nq_Msg("", "TOOL", 1);
+    }
     void SetUp() override { g = Counts{}; }
 };
 
@@ -224,4 +234,54 @@ TEST_F(Memory, ZNullSlotIsStoredAndFails) {
     void *block = nq_Malloc(10);
     EXPECT_NE(block, nullptr);
     nq_Free(block);
+}
+
+// The words of the failure text come from the message system, group "TOOL", format 1: with a
+// translator they are translated. Each scene settles the language, so it runs in a process of
+// its own ("DISABLED_", run nowhere else).
+
+namespace {
+
+const std::string kToolTable =
+    "TOOL\tUnable to allocate\tKein Speicher f\xc3\xbcr\n"
+    "TOOL\tbytes of memory\tBytes\n"
+    "OTHER\tUnable to re-allocate\tnicht in dieser Gruppe\n";
+
+bool fresh(const std::string &test) { return nqct::passes_in_fresh_process("MemoryWordsScene.DISABLED_" + test); }
+
+}  // namespace
+
+TEST(MemoryWordsScene, DISABLED_FailureTextTakesTranslatedWords) {
+    nq_MemoryManager_set(count_allocate, count_resize, count_clear, count_release);
+    nqmt::Scene german("LANGUAGE=DEU\n", kToolTable, NQ_TEST_EXAMPLE_TRANSLATOR);
+    nq_Msg("", "TOOL", 1);  // settles the language while memory is still there
+    void *block = nq_Malloc(8);
+    g = Counts{};
+    g.fail = true;
+    EXPECT_EQ(nq_Malloc(1234), nullptr);
+    EXPECT_EQ(failure(), u"Kein Speicher für 1234 Bytes");
+    EXPECT_EQ(nq_Calloc(3, 7), nullptr);
+    EXPECT_EQ(failure(), u"Unable to callocate 7 Bytes");  // not in the table: English
+    EXPECT_EQ(nq_Realloc(block, 9), nullptr);
+    EXPECT_EQ(failure(), u"Unable to re-allocate 9 Bytes");  // the table has it in another group
+    EXPECT_EQ(g.allocate, 1);
+    g.fail = false;
+    nq_Free(block);
+}
+
+TEST(MemoryWordsScene, DISABLED_FirstMessageInsideAFailedAllocationIsEnglish) {
+    nq_MemoryManager_set(count_allocate, count_resize, count_clear, count_release);
+    nqmt::Scene english;
+    // The language is settled inside the failure, where reading the configuration may fail too.
+    g = Counts{};
+    g.fail = true;
+    EXPECT_EQ(nq_Malloc(10), nullptr);
+    g.fail = false;
+    EXPECT_EQ(failure(), u"Unable to allocate 10 bytes of memory");
+    EXPECT_EQ(S(nq_Msg("Unable to allocate", "TOOL", 2)), u"Unable to allocate ");
+}
+
+TEST(MemoryWords, FailureTextTakesTranslatedWords) { EXPECT_TRUE(fresh("FailureTextTakesTranslatedWords")); }
+TEST(MemoryWords, FirstMessageInsideAFailedAllocationIsEnglish) {
+    EXPECT_TRUE(fresh("FirstMessageInsideAFailedAllocationIsEnglish"));
 }

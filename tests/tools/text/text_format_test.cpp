@@ -242,13 +242,13 @@ const char *const kTextSpecs[] = {"%", "%10", "%-10", "%.2", "%10.2", "%-10.2", 
 
 TEST(TextFormat, WideStringConversionsMatchTheNarrowCLibrary) {
     const char *const narrow[] = {"", "abc", "hello world"};
-    for (const char *spec : kTextSpecs) {
+    for (const char *conv : kTextSpecs) {
         for (const char *text : narrow) {
             const std::u16string wide = widen(text);
-            const std::string c_fmt = std::string(spec) + "s|";
+            const std::string c_fmt = std::string(conv) + "s|";
             const std::u16string expected = widen(c_format(c_fmt.c_str(), text));
             for (const char *letters : {"s|", "ls|", "ws|", "lS|"}) {
-                const std::string w_fmt = std::string(spec) + letters;
+                const std::string w_fmt = std::string(conv) + letters;
                 expect_format(expected, w_fmt.c_str(), wide.c_str());
             }
         }
@@ -257,12 +257,12 @@ TEST(TextFormat, WideStringConversionsMatchTheNarrowCLibrary) {
 
 TEST(TextFormat, NarrowStringConversionsMatchTheCLibrary) {
     const char *const narrow[] = {"", "abc", "hello world"};
-    for (const char *spec : kTextSpecs) {
+    for (const char *conv : kTextSpecs) {
         for (const char *text : narrow) {
-            const std::string c_fmt = std::string(spec) + "s|";
-            const std::string hs = std::string(spec) + "hs|";
-            const std::string S = std::string(spec) + "S|";
-            const std::string hS = std::string(spec) + "hS|";
+            const std::string c_fmt = std::string(conv) + "s|";
+            const std::string hs = std::string(conv) + "hs|";
+            const std::string S = std::string(conv) + "S|";
+            const std::string hS = std::string(conv) + "hS|";
             expect_like_c(c_fmt.c_str(), hs.c_str(), text);
             expect_like_c(c_fmt.c_str(), S.c_str(), text);
             expect_like_c(c_fmt.c_str(), hS.c_str(), text);
@@ -308,10 +308,10 @@ TEST(TextFormat, NullStringPrintsNullCutByPrecision) {
 
 TEST(TextFormat, CharacterConversionsMatchTheCLibrary) {
     const char *const specs[] = {"%", "%5", "%-5", "%1", "%05"};
-    for (const char *spec : specs) {
-        const std::string c_fmt = std::string(spec) + "c|";
+    for (const char *conv : specs) {
+        const std::string c_fmt = std::string(conv) + "c|";
         for (const char *letters : {"c|", "lc|", "wc|", "hc|", "C|", "hC|", "lC|"}) {
-            const std::string w_fmt = std::string(spec) + letters;
+            const std::string w_fmt = std::string(conv) + letters;
             expect_like_c(c_fmt.c_str(), w_fmt.c_str(), 'A');
         }
     }
