@@ -224,6 +224,21 @@ TEST_F(Table4Write, AnAppendThatCannotTakeTheAppendLockGives50AndWritesNothing) 
     EXPECT_EQ(table4_count(table), 2);
 }
 
+TEST_F(Table4Write, AnAppendWhoseNewRecordAnotherHoldsGives50AndLetsTheAppendByteGo) {
+    ASSERT_EQ(append_row(table, "One", 1, "20000101", true), 0);
+    enginetest::Engine other;
+    other->lock_attempts = 1;
+    table4 *second = table4_open(other, table->file.name);
+    ASSERT_EQ(table4_lock(second, 2), 0);  // the number the next append takes
+    engine->lock_attempts = 1;
+    ASSERT_EQ(table4_append_start(table, 0), 0);
+    EXPECT_EQ(table4_append(table), 50);
+    EXPECT_EQ(table->append_locked, 0);
+    EXPECT_EQ(table4_count(table), 1);
+    EXPECT_EQ(table4_lock_append(second), 0);  // the append byte is free again
+    table4_close(second);
+}
+
 TEST_F(Table4Write, AnAppendUnderAFileLockKeepsTheLockAndTheCount) {
     ASSERT_EQ(table4_lock_file(table), 0);
     for (int i = 0; i < 3; ++i) ASSERT_EQ(append_row(table, "L", i, "20000101", true), 0);
