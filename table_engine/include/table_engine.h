@@ -7,3 +7,4 @@
 #include "date4.h"
 #include "file4.h"
 #include "table4.h"
+#include "index4.h"
