@@ -22,6 +22,7 @@
 #include "nq_env.h"
 #include "nq_sys.h"
 #include "nq_db.h"
+#include "nq_cb.h"
 #include "nq_msg.h"
 #include "nq_translator.h"
 
