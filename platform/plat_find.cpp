@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <climits>
 #include <cstdlib>
-#include <cwctype>
 
 #include "plat_fs.h"
 #include "plat_utf.h"
@@ -16,8 +15,6 @@
 namespace nqplat {
 
 namespace {
-
-char16_t fold(char16_t c) { return static_cast<char16_t>(std::towupper(c)); }
 
 // Glob matching without regard to case. A "?" with nothing left of the name matches nothing
 // more, as Windows lets a trailing "?" stand for no character.
@@ -37,7 +34,7 @@ bool glob(std::u16string_view name, std::u16string_view pattern) {
                 ++p;
                 continue;
             }
-            if (n < name.size() && fold(pc) == fold(name[n])) {
+            if (n < name.size() && fold_case(pc) == fold_case(name[n])) {
                 ++n;
                 ++p;
                 continue;
@@ -73,7 +70,7 @@ uint32_t attributes_of(const struct stat &st, const std::u16string &name) {
 
 std::u16string upper(const std::u16string &s) {
     std::u16string u = s;
-    for (char16_t &c : u) c = fold(c);
+    for (char16_t &c : u) c = fold_case(c);
     return u;
 }
 

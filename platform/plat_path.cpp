@@ -3,7 +3,6 @@
 #include <dirent.h>
 #include <sys/stat.h>
 
-#include <cwctype>
 #include <vector>
 
 #include "plat_utf.h"
@@ -17,14 +16,8 @@ bool exists(const std::string &path) {
     return ::lstat(path.c_str(), &st) == 0;
 }
 
-// Case-insensitive equality of two UTF-8 names, unit by unit through towlower.
 bool same_name_ignoring_case(const std::string &a, const std::string &b) {
-    const std::u16string wa = utf8_to_utf16(a), wb = utf8_to_utf16(b);
-    if (wa.size() != wb.size()) return false;
-    for (std::size_t i = 0; i < wa.size(); ++i) {
-        if (std::towlower(wa[i]) != std::towlower(wb[i])) return false;
-    }
-    return true;
+    return equal_ignoring_case(utf8_to_utf16(a), utf8_to_utf16(b));
 }
 
 // The entry of folder that matches name ignoring case; the smallest by byte order when

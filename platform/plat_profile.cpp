@@ -4,7 +4,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <cwctype>
 
 #include "plat_path.h"
 #include "plat_utf.h"
@@ -23,14 +22,6 @@ std::u16string trim(std::u16string_view s) {
 }
 
 }  // namespace
-
-bool same_name(std::u16string_view a, std::u16string_view b) {
-    if (a.size() != b.size()) return false;
-    for (std::size_t i = 0; i < a.size(); ++i) {
-        if (std::towupper(a[i]) != std::towupper(b[i])) return false;
-    }
-    return true;
-}
 
 std::vector<ProfileSection> parse_profile(std::string_view bytes) {
     std::vector<ProfileSection> sections;
@@ -96,9 +87,9 @@ std::size_t get_profile_string(const char16_t *section, const char16_t *key,
     std::vector<ProfileSection> sections;
     if (section && key && file && read_profile(os_path(file), sections)) {
         for (const ProfileSection &s : sections) {
-            if (!same_name(s.name, section)) continue;
+            if (!equal_ignoring_case(s.name, section)) continue;
             for (const ProfileEntry &e : s.entries) {
-                if (!same_name(e.key, key)) continue;
+                if (!equal_ignoring_case(e.key, key)) continue;
                 value = e.value;
                 if (value.size() >= 2 && (value[0] == u'"' || value[0] == u'\'') &&
                     value.back() == value[0]) {

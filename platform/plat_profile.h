@@ -29,9 +29,6 @@ std::vector<ProfileSection> parse_profile(std::string_view bytes);
 // or cannot be read.
 bool read_profile(const std::string &os_path, std::vector<ProfileSection> &sections);
 
-// Case-insensitive equality of two names, by the upper case of each code unit.
-bool same_name(std::u16string_view a, std::u16string_view b);
-
 // GetPrivateProfileStringW for one value: the first group of that name, the first entry of
 // that key; a value wrapped in a pair of equal quotes loses them. A missing file, group or key
 // gives the default (trimmed). At most size - 1 units and a terminator are written (nothing for

@@ -1,8 +1,9 @@
 #include "plat_registry.h"
 
+#include "plat_utf.h"
+
 #include <algorithm>
 #include <cstdlib>
-#include <cwctype>
 
 namespace nqplat {
 
@@ -23,14 +24,14 @@ constexpr RootName kRoots[] = {
 
 std::u16string upper(std::u16string_view s) {
     std::u16string out(s);
-    for (char16_t &c : out) c = static_cast<char16_t>(std::towupper(c));
+    for (char16_t &c : out) c = fold_case(c);
     return out;
 }
 
 // True when path lies below key (path starts with key and a backslash).
 bool is_below(std::u16string_view path, std::u16string_view key) {
     return path.size() > key.size() + 1 && path[key.size()] == u'\\' &&
-           same_name(path.substr(0, key.size()), key);
+           equal_ignoring_case(path.substr(0, key.size()), key);
 }
 
 }  // namespace
@@ -47,7 +48,7 @@ std::u16string registry_canonical(std::u16string_view path) {
         if (part.empty()) continue;
         if (first) {
             for (const RootName &root : kRoots) {
-                if (same_name(part, root.short_name) || same_name(part, root.long_name)) {
+                if (equal_ignoring_case(part, root.short_name) || equal_ignoring_case(part, root.long_name)) {
                     part = root.long_name;
                 }
             }
@@ -71,7 +72,7 @@ RegistryKey registry_open(std::u16string_view path) {
     const std::u16string wanted = registry_canonical(path);
     if (wanted.empty()) return key;
     const bool exists = std::any_of(sections->begin(), sections->end(), [&](const ProfileSection &s) {
-        return same_name(s.name, wanted) || is_below(s.name, wanted);
+        return equal_ignoring_case(s.name, wanted) || is_below(s.name, wanted);
     });
     if (!exists) return key;
     key.sections_ = std::move(sections);
@@ -82,9 +83,9 @@ RegistryKey registry_open(std::u16string_view path) {
 bool RegistryKey::query(std::u16string_view name, std::u16string &value) const {
     if (!sections_) return false;
     for (const ProfileSection &s : *sections_) {
-        if (!same_name(s.name, path_)) continue;
+        if (!equal_ignoring_case(s.name, path_)) continue;
         for (const ProfileEntry &e : s.entries) {
-            if (same_name(e.key, name)) {
+            if (equal_ignoring_case(e.key, name)) {
                 value = e.value;
                 return true;
             }
@@ -101,7 +102,7 @@ std::vector<std::u16string> RegistryKey::subkeys() const {
         std::u16string_view rest = std::u16string_view(s.name).substr(path_.size() + 1);
         rest = rest.substr(0, rest.find(u'\\'));
         const bool seen = std::any_of(names.begin(), names.end(),
-                                      [&](const std::u16string &n) { return same_name(n, rest); });
+                                      [&](const std::u16string &n) { return equal_ignoring_case(n, rest); });
         if (!seen) names.emplace_back(rest);
     }
     std::stable_sort(names.begin(), names.end(), [](const std::u16string &a, const std::u16string &b) {
@@ -115,7 +116,7 @@ RegistryKey RegistryKey::open(std::u16string_view subkey) const {
     if (!sections_) return key;
     const std::u16string wanted = registry_canonical(path_ + u"\\" + std::u16string(subkey));
     const bool exists = std::any_of(sections_->begin(), sections_->end(), [&](const ProfileSection &s) {
-        return same_name(s.name, wanted) || is_below(s.name, wanted);
+        return equal_ignoring_case(s.name, wanted) || is_below(s.name, wanted);
     });
     if (!exists || wanted.size() <= path_.size()) return key;
     key.sections_ = sections_;

@@ -1,5 +1,7 @@
 #include "plat_utf.h"
 
+#include <cwctype>
+
 namespace nqplat {
 
 static void put_utf8(std::string &out, char32_t cp) {
@@ -91,6 +93,19 @@ std::u16string utf8_to_utf16(std::string_view bytes) {
         i += static_cast<std::size_t>(extra) + 1;
     }
     return out;
+}
+
+char16_t fold_case(char16_t unit) {
+    const std::wint_t folded = std::towupper(unit);
+    return folded <= 0xFFFF ? static_cast<char16_t>(folded) : unit;
+}
+
+bool equal_ignoring_case(std::u16string_view a, std::u16string_view b) {
+    if (a.size() != b.size()) return false;
+    for (std::size_t i = 0; i < a.size(); ++i) {
+        if (fold_case(a[i]) != fold_case(b[i])) return false;
+    }
+    return true;
 }
 
 }  // namespace nqplat

@@ -16,4 +16,9 @@ std::string utf16_to_utf8(const char16_t *text);  // null gives ""
 // of the same value, so Latin-1 text reads sensibly.
 std::u16string utf8_to_utf16(std::string_view bytes);
 
+// Case folding for names compared without regard to case (file names, INI and registry
+// keys): towupper of the current C locale on each code unit.
+char16_t fold_case(char16_t unit);
+bool equal_ignoring_case(std::u16string_view a, std::u16string_view b);
+
 }  // namespace nqplat

@@ -147,10 +147,10 @@ NQ_API int nq_Sys_launchProcessViaShortcut(const nq_wchar *program, const nq_wch
     if (!nqplat::read_profile(nqplat::os_path(launcher.c_str()), sections)) return 0;
     std::u16string path, args;
     for (const nqplat::ProfileSection &section : sections) {
-        if (!nqplat::same_name(section.name, u"Shortcut")) continue;
+        if (!nqplat::equal_ignoring_case(section.name, u"Shortcut")) continue;
         for (const nqplat::ProfileEntry &entry : section.entries) {
-            if (nqplat::same_name(entry.key, u"Path") && path.empty()) path = entry.value;
-            if (nqplat::same_name(entry.key, u"Arguments") && args.empty()) args = entry.value;
+            if (nqplat::equal_ignoring_case(entry.key, u"Path") && path.empty()) path = entry.value;
+            if (nqplat::equal_ignoring_case(entry.key, u"Arguments") && args.empty()) args = entry.value;
         }
         break;
     }
