@@ -136,13 +136,6 @@ int32_t truncate_to_int(double value) {
     return static_cast<int32_t>(value);
 }
 
-int32_t text_to_long(const nq_wchar *text) {
-    const long value = nqt::tol(text);
-    if (value > INT32_MAX) return INT32_MAX;
-    if (value < INT32_MIN) return INT32_MIN;
-    return static_cast<int32_t>(value);
-}
-
 }  // namespace nqfld
 
 extern "C" {

@@ -86,13 +86,14 @@ NQ_API int nq_FldList_getHandle(FldList *list, const nq_wchar *name, nq_wchar *o
     return 1;
 }
 
+// Integer reads: text is converted (the kit's parse saturates at the 32-bit limits, as the
+// runtime's does) and still reported as a mismatch.
 NQ_API int nq_FldList_getInt(FldList *list, const nq_wchar *name, int32_t *out) {
     if (!out) return 0;
     FldNode *node = nq_FldList_find(list, name);
     if (!node) return -2;
     switch (node->type) {
         case NQ_FLD_CHAR:
-            // Converted, and still reported as a mismatch.
             if (node->value.str) *out = nqt::toi(node->value.str);
             return -3;
         case NQ_FLD_INT:
@@ -103,18 +104,7 @@ NQ_API int nq_FldList_getInt(FldList *list, const nq_wchar *name, int32_t *out) 
 }
 
 NQ_API int nq_FldList_getLong(FldList *list, const nq_wchar *name, int32_t *out) {
-    if (!out) return 0;
-    FldNode *node = nq_FldList_find(list, name);
-    if (!node) return -2;
-    switch (node->type) {
-        case NQ_FLD_CHAR:
-            if (node->value.str) *out = nqfld::text_to_long(node->value.str);
-            return -3;
-        case NQ_FLD_INT:
-        case NQ_FLD_LONG: *out = node->value.i; return 1;
-        case NQ_FLD_REAL: *out = nqfld::truncate_to_int(node->value.d); return 1;
-        default: return -3;
-    }
+    return nq_FldList_getInt(list, name, out);
 }
 
 NQ_API int nq_FldList_getReal(FldList *list, const nq_wchar *name, double *out) {
@@ -271,7 +261,7 @@ NQ_API void nq_FldNode_updateFldValue(FldNode *node, const nq_wchar *text) {
         case NQ_FLD_HANDLE: overwrite_in_place(node->value.str, text); break;
         case NQ_FLD_REAL: node->value.d = nqt::tof(text); break;
         case NQ_FLD_INT: node->value.i = nqt::toi(text); break;
-        case NQ_FLD_LONG: node->value.i = nqfld::text_to_long(text); break;
+        case NQ_FLD_LONG: node->value.i = nqt::toi(text); break;
         case NQ_FLD_DPOINT:
         case NQ_FLD_MPOINT:
         case NQ_FLD_VECTOR:

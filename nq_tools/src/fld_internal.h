@@ -22,7 +22,4 @@ int destroy_datum(void *datum);
 // give the "integer indefinite" value INT32_MIN instead of undefined behaviour.
 int32_t truncate_to_int(double value);
 
-// _wtol with a 32-bit long: the value saturates at the ends of the 32-bit range.
-int32_t text_to_long(const nq_wchar *text);
-
 }  // namespace nqfld

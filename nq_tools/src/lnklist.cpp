@@ -48,6 +48,24 @@ LnkListNode *node_at(LnkList *list, int index) {
     return node;
 }
 
+// With no cursor, first to the head (before) or the tail (after); the cursor stays on that
+// node, not on the new one. On an empty list the new node is head, tail and cursor.
+int insert_at_cursor(LnkList *list, void *datum, bool before) {
+    LnkListNode *node = list ? new_node(datum) : nullptr;
+    if (!node) return 0;
+    if (!list->head) {
+        list->head = list->tail = list->cursor = node;
+    } else if (before) {
+        if (!list->cursor) list->cursor = list->head;
+        link_before(list, list->cursor, node);
+    } else {
+        if (!list->cursor) list->cursor = list->tail;
+        link_after(list, list->cursor, node);
+    }
+    ++list->count;
+    return 1;
+}
+
 }  // namespace
 
 extern "C" {
@@ -246,40 +264,14 @@ NQ_API int nq_LnkList_insEnd(LnkList *list, void *datum) {
     return result;
 }
 
-// With no cursor, first to the head; the cursor stays on that node, not on the new one.
 NQ_API int nq_LnkList_insBefore(LnkList *list, void *datum) {
     LNK_FRAME("insBefore");
-    int result = 0;
-    LnkListNode *node = list ? new_node(datum) : nullptr;
-    if (node) {
-        if (!list->head) {
-            list->head = list->tail = list->cursor = node;
-        } else {
-            if (!list->cursor) list->cursor = list->head;
-            link_before(list, list->cursor, node);
-        }
-        ++list->count;
-        result = 1;
-    }
-    return result;
+    return insert_at_cursor(list, datum, true);
 }
 
-// With no cursor, first to the tail; the cursor stays on that node, not on the new one.
 NQ_API int nq_LnkList_insAfter(LnkList *list, void *datum) {
     LNK_FRAME("insAfter");
-    int result = 0;
-    LnkListNode *node = list ? new_node(datum) : nullptr;
-    if (node) {
-        if (!list->head) {
-            list->head = list->tail = list->cursor = node;
-        } else {
-            if (!list->cursor) list->cursor = list->tail;
-            link_after(list, list->cursor, node);
-        }
-        ++list->count;
-        result = 1;
-    }
-    return result;
+    return insert_at_cursor(list, datum, false);
 }
 
 // Before the node at the index when it holds a datum; otherwise after the cursor, which
